@@ -1,0 +1,84 @@
+# Norvane: the Windows programs are cross-compiled with mingw-w64 and tested under Wine; the portable layers
+# are also built natively, with sanitizers, fuzzers and benchmarks.
+#
+#   make test    install what is missing, build everything, run every test (native, Windows under Wine, fuzz smoke)
+#   make demo    build the sample skin's outputs with nvbuild.exe into demo-out/
+#   make dist    the Windows programs in dist/
+#   make fuzz    run each fuzz target for FUZZ_SECONDS (default 120)
+#   make bench   run the benchmarks (Release, native)
+
+OUT          ?= out
+JOBS         ?= $(shell nproc)
+FUZZ_SECONDS ?= 120
+FUZZ_SMOKE_SECONDS ?= 20
+SAMPLE       ?= examples/skins/gece-mavisi
+CMAKE        := cmake -G Ninja -Wno-dev --log-level=WARNING
+WITH_WINE    := scripts/with-wine.sh $(OUT)/windows/wineprefix
+
+.PHONY: all deps native windows fuzz-build bench-build test test-native test-windows dist demo fuzz bench \
+        format clean
+
+all: native windows
+
+deps:
+	@scripts/deps.sh
+
+$(OUT)/native/build.ninja: | deps
+	@$(CMAKE) -S . -B $(OUT)/native -DCMAKE_BUILD_TYPE=Debug -DNV_SANITIZE=ON
+
+$(OUT)/windows/build.ninja: | deps
+	@$(CMAKE) -S . -B $(OUT)/windows -DCMAKE_BUILD_TYPE=Release \
+	    -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-x86_64.cmake
+
+$(OUT)/fuzz/build.ninja: | deps
+	@CC=clang CXX=clang++ $(CMAKE) -S . -B $(OUT)/fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DNV_FUZZ=ON \
+	    -DNV_TESTS=OFF -DNV_FUZZ_SECONDS=$(FUZZ_SMOKE_SECONDS)
+
+$(OUT)/bench/build.ninja: | deps
+	@$(CMAKE) -S . -B $(OUT)/bench -DCMAKE_BUILD_TYPE=Release -DNV_BENCH=ON -DNV_TESTS=OFF
+
+native: $(OUT)/native/build.ninja
+	@cmake --build $(OUT)/native -j $(JOBS)
+
+windows: $(OUT)/windows/build.ninja
+	@cmake --build $(OUT)/windows -j $(JOBS)
+
+fuzz-build: $(OUT)/fuzz/build.ninja
+	@cmake --build $(OUT)/fuzz -j $(JOBS)
+
+bench-build: $(OUT)/bench/build.ninja
+	@cmake --build $(OUT)/bench -j $(JOBS)
+
+# One CTest run over the three trees, so the run ends with a single summary.
+$(OUT)/CTestTestfile.cmake:
+	@mkdir -p $(OUT)
+	@printf 'subdirs("native" "windows" "fuzz")\n' > $@
+
+test: deps native windows fuzz-build $(OUT)/CTestTestfile.cmake
+	@$(WITH_WINE) ctest --test-dir $(OUT) --output-on-failure -j $(JOBS)
+
+test-native: native
+	@ctest --test-dir $(OUT)/native --output-on-failure -j $(JOBS)
+
+test-windows: windows
+	@$(WITH_WINE) ctest --test-dir $(OUT)/windows --output-on-failure -j $(JOBS)
+
+dist: windows
+	@mkdir -p dist
+	@cp $(OUT)/windows/cli/nvbuild.exe dist/
+	@echo "dist/: $$(cd dist && ls)"
+
+demo: dist
+	@$(WITH_WINE) scripts/demo.sh dist $(SAMPLE) demo-out
+
+fuzz: fuzz-build
+	@scripts/fuzz.sh $(OUT)/fuzz $(FUZZ_SECONDS)
+
+bench: bench-build
+	@for b in $(OUT)/bench/bench/bench_*; do echo "== $$(basename $$b)"; $$b; done
+
+format:
+	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+clean:
+	rm -rf $(OUT) dist demo-out

@@ -1,0 +1,29 @@
+#pragma once
+// CRC-32 of ISO-HDLC / IEEE 802.3 (the zip and PNG checksum), slicing by eight.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace nv {
+
+// A running accumulator: starts at 0xFFFFFFFF, takes any number of byte ranges, and the result is the
+// complement of the state. Feeding ranges one after another equals feeding their concatenation.
+struct Crc32 {
+    uint32_t state = 0xFFFFFFFFu;
+
+    void update(const void* data, size_t size);
+    uint32_t value() const { return ~state; }
+
+    static uint32_t of(const void* data, size_t size) {
+        Crc32 crc;
+        crc.update(data, size);
+        return crc.value();
+    }
+};
+
+// CRC-32 and byte size of a whole file (platform layer: a shared sequential read with one 1 MiB buffer).
+// On a failed read returns false with the checksum of what was read.
+bool fileCrc32(const std::wstring& path, uint32_t& crc, uint64_t& size);
+
+} // namespace nv

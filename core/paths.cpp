@@ -1,0 +1,41 @@
+#include "core/paths.h"
+
+namespace nv {
+namespace {
+
+#ifdef _WIN32
+constexpr wchar_t kJoinSeparator = L'\\';
+#else
+constexpr wchar_t kJoinSeparator = L'/'; // the native build joins with the separator its file system knows
+#endif
+
+size_t lastSeparator(std::wstring_view path) {
+    for (size_t i = path.size(); i > 0; --i)
+        if (isPathSeparator(path[i - 1])) return i - 1;
+    return std::wstring_view::npos;
+}
+
+} // namespace
+
+bool isPathSeparator(wchar_t c) { return c == L'\\' || c == L'/'; }
+
+std::wstring pathFileName(std::wstring_view path) {
+    size_t sep = lastSeparator(path);
+    return std::wstring(sep == std::wstring_view::npos ? path : path.substr(sep + 1));
+}
+
+std::wstring pathParent(std::wstring_view path) {
+    size_t sep = lastSeparator(path);
+    return sep == std::wstring_view::npos ? std::wstring() : std::wstring(path.substr(0, sep));
+}
+
+std::wstring pathJoin(std::wstring_view a, std::wstring_view b) {
+    if (a.empty()) return std::wstring(b);
+    if (b.empty()) return std::wstring(a);
+    std::wstring out(a);
+    if (!isPathSeparator(out.back())) out.push_back(kJoinSeparator);
+    out.append(b);
+    return out;
+}
+
+} // namespace nv

@@ -1,0 +1,20 @@
+#pragma once
+// Path splitting and joining. Both '\\' and '/' count as separators everywhere.
+
+#include <string>
+#include <string_view>
+
+namespace nv {
+
+// The part after the last separator, or the whole string when there is none.
+std::wstring pathFileName(std::wstring_view path);
+
+// The part before the last separator, or empty when there is none.
+std::wstring pathParent(std::wstring_view path);
+
+// b when a is empty; a when b is empty; a + b when a already ends with a separator; else a + "\\" + b.
+std::wstring pathJoin(std::wstring_view a, std::wstring_view b);
+
+bool isPathSeparator(wchar_t c);
+
+} // namespace nv

@@ -1,0 +1,178 @@
+// Files and folders on Windows.
+
+#include "core/crc32.h"
+#include "core/files.h"
+#include "core/paths.h"
+#include "core/text.h"
+#include "core/win32/scoped_win.h"
+
+#include <windows.h>
+
+#include <algorithm>
+
+namespace nv {
+namespace {
+
+constexpr DWORD kPiece = 0x1000000; // 16 MiB per ReadFile / WriteFile call
+
+} // namespace
+
+bool readFileBytes(const std::wstring& path, Bytes& out, uint64_t maxSize) {
+    out.clear();
+    win::ScopedHandle file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file.valid()) return false;
+
+    LARGE_INTEGER size;
+    if (!GetFileSizeEx(file.get(), &size) || size.QuadPart < 0 || uint64_t(size.QuadPart) > maxSize) return false;
+    if (uint64_t(size.QuadPart) > out.max_size()) return false;
+
+    out.resize(size_t(size.QuadPart));
+    size_t done = 0;
+    while (done < out.size()) {
+        DWORD want = DWORD(std::min<size_t>(out.size() - done, kPiece));
+        DWORD got = 0;
+        if (!ReadFile(file.get(), out.data() + done, want, &got, nullptr) || got == 0) {
+            out.clear();
+            return false;
+        }
+        done += got;
+    }
+    return true;
+}
+
+bool writeFileAtomic(const std::wstring& path, const void* data, size_t size) {
+    const std::wstring temp = path + L".nvtmp";
+    win::ScopedHandle file(
+        CreateFileW(temp.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file.valid()) return false;
+
+    const uint8_t* p = static_cast<const uint8_t*>(data);
+    size_t done = 0;
+    while (done < size) {
+        DWORD want = DWORD(std::min<size_t>(size - done, kPiece));
+        DWORD wrote = 0;
+        if (!WriteFile(file.get(), p + done, want, &wrote, nullptr) || wrote == 0) {
+            file.close();
+            DeleteFileW(temp.c_str());
+            return false;
+        }
+        done += wrote;
+    }
+    if (!file.close()) {
+        DeleteFileW(temp.c_str());
+        return false;
+    }
+
+    DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
+        SetFileAttributesW(path.c_str(), attributes & ~DWORD(FILE_ATTRIBUTE_READONLY));
+
+    if (!MoveFileExW(temp.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING)) {
+        DWORD error = GetLastError();
+        DeleteFileW(temp.c_str());
+        SetLastError(error);
+        return false;
+    }
+    return true;
+}
+
+bool fileExists(const std::wstring& path) {
+    DWORD a = GetFileAttributesW(path.c_str());
+    return a != INVALID_FILE_ATTRIBUTES && !(a & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+bool folderExists(const std::wstring& path) {
+    DWORD a = GetFileAttributesW(path.c_str());
+    return a != INVALID_FILE_ATTRIBUTES && (a & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+bool createFolders(const std::wstring& path) {
+    if (path.empty() || folderExists(path)) return true;
+    std::wstring parent = pathParent(path);
+    bool bareDrive = parent.size() == 2 && parent[1] == L':';
+    if (!parent.empty() && parent != path && !bareDrive && !createFolders(parent)) return false;
+    if (CreateDirectoryW(path.c_str(), nullptr)) return true;
+    return GetLastError() == ERROR_ALREADY_EXISTS && folderExists(path);
+}
+
+std::wstring systemErrorText(uint32_t code) {
+    wchar_t* buffer = nullptr;
+    DWORD n = FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM |
+                                 FORMAT_MESSAGE_IGNORE_INSERTS,
+                             nullptr, code, 0, reinterpret_cast<wchar_t*>(&buffer), 0, nullptr);
+    std::wstring text;
+    if (buffer) {
+        text.assign(buffer, n);
+        LocalFree(buffer);
+    }
+    while (!text.empty() && (text.back() == L' ' || text.back() == L'\t' || text.back() == L'\r' ||
+                             text.back() == L'\n'))
+        text.pop_back();
+    if (text.empty()) return L"Hata kodu " + std::to_wstring(code);
+    return text + L" (" + std::to_wstring(code) + L")";
+}
+
+uint32_t lastSystemError() { return GetLastError(); }
+
+std::wstring exePath() {
+    // Grown and retried while the result fills the buffer, so that long paths work.
+    std::wstring buffer(260, L'\0');
+    for (;;) {
+        DWORD n = GetModuleFileNameW(nullptr, buffer.data(), DWORD(buffer.size()));
+        if (n == 0) return {};
+        if (n < buffer.size()) {
+            buffer.resize(n);
+            return buffer;
+        }
+        if (buffer.size() >= 0x8000) return {};
+        buffer.resize(buffer.size() * 2);
+    }
+}
+
+std::wstring exeFolder() { return pathParent(exePath()); }
+
+bool listFolder(const std::wstring& folder, std::vector<FolderEntry>& entries) {
+    entries.clear();
+    WIN32_FIND_DATAW data;
+    win::ScopedFind find(FindFirstFileW(pathJoin(folder, L"*").c_str(), &data));
+    if (!find.valid()) return false;
+    do {
+        std::wstring name = data.cFileName;
+        if (name == L"." || name == L"..") continue;
+        entries.push_back({name, (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0});
+    } while (FindNextFileW(find.get(), &data));
+    return true;
+}
+
+bool fileCrc32(const std::wstring& path, uint32_t& crc, uint64_t& size) {
+    crc = 0;
+    size = 0;
+    win::ScopedHandle file(CreateFileW(path.c_str(), GENERIC_READ,
+                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                       OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
+    if (!file.valid()) return false;
+    LARGE_INTEGER fileSize;
+    if (!GetFileSizeEx(file.get(), &fileSize)) return false;
+    size = uint64_t(fileSize.QuadPart);
+
+    constexpr DWORD kBuffer = 0x100000;
+    void* buffer = HeapAlloc(GetProcessHeap(), 0, kBuffer);
+    if (!buffer) return false;
+    Crc32 sum;
+    bool ok = false;
+    for (;;) {
+        DWORD got = 0;
+        if (!ReadFile(file.get(), buffer, kBuffer, &got, nullptr)) break;
+        if (got == 0) {
+            ok = true;
+            break;
+        }
+        sum.update(buffer, got);
+    }
+    HeapFree(GetProcessHeap(), 0, buffer);
+    crc = sum.value();
+    return ok;
+}
+
+} // namespace nv

@@ -1,0 +1,48 @@
+#pragma once
+// A skin's usable files, whatever their source: a flat, ordered list of (bare lower-case name, bytes).
+
+#include "core/files.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace nv {
+
+struct SkinEntry {
+    std::string name; // UTF-8 bare file name, ASCII letters lower-cased
+    Bytes data;
+};
+
+struct SkinFileSet {
+    static constexpr uint64_t kMaxFileBytes = 0x2000000;  // 32 MiB for one file
+    static constexpr uint64_t kMaxTotalBytes = 0x4000000; // 64 MiB for the whole set (exactly 64 MiB is fine)
+
+    // In insertion order; nothing ever sorts them.
+    std::vector<SkinEntry> entries;
+
+    // Lower-cases the name's ASCII letters; replaces the data of an entry of the same name in place, or appends.
+    void putFile(std::string_view name, Bytes data);
+    // Lower-cases the name's ASCII letters and returns the entry's data, or null.
+    const Bytes* findFile(std::string_view name) const;
+    bool hasFile(std::string_view name) const { return findFile(name) != nullptr; }
+    uint64_t totalBytes() const;
+    void clear() { entries.clear(); }
+};
+
+// The set name of a file ("" when the file does not belong in a skin): the bare name, UTF-8, ASCII-lower-cased;
+// dot-files, thumbs.db and desktop.ini are refused; only the picture, XML, INI and text extensions pass.
+std::string skinFileName(std::wstring_view path);
+
+// Reads one file into the set. Messages: "Desteklenmeyen dosya: " + name, "Okunamadi: " + path,
+// "Skin paketi 64 MB sinirini asiyor.". A failure leaves the set unchanged.
+bool addSkinFile(SkinFileSet& set, const std::wstring& path, std::wstring* error = nullptr);
+
+// Reads the accepted files directly inside a folder (not recursive). False only when the folder cannot be listed
+// ("Klasor okunamadi: " + folder); a file that fails is skipped, and the first such message is kept in error
+// when error is still empty. added (when given) counts the files added.
+bool addSkinFolder(SkinFileSet& set, const std::wstring& folder, int* added = nullptr,
+                   std::wstring* error = nullptr);
+
+} // namespace nv

@@ -1,0 +1,29 @@
+#pragma once
+// The skin package: a skin's files as one checksummed block of bytes, stored in the patcher executable as
+// resource RT_RCDATA 900, language 0.
+//
+//   "NVSK" | version u32 = 1 | count u32 (<= 4096) | count x { name length u16 | name | data length u32 | data }
+//   | CRC-32 u32 of everything before it          (all integers little-endian)
+
+#include "core/files.h"
+#include "readers/skin_files.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace nv {
+
+constexpr uint16_t SKIN_RESOURCE_ID = 900;
+constexpr uint32_t kSkinPackageVersion = 1;
+constexpr uint32_t kSkinPackageMaxEntries = 0x1000;
+
+// Never fails.
+Bytes writeSkinPackage(const SkinFileSet& files);
+
+// Empties out, then reads the entries in package order, names exactly as stored. Messages:
+// "Skin paketi bulunamadi ya da bozuk.", "Skin paketi bozuk (CRC).", "Skin paketi surumu desteklenmiyor.",
+// "Skin paketi bozuk (adet).", "Skin paketi bozuk.".
+bool readSkinPackage(const uint8_t* data, size_t size, SkinFileSet& out, std::wstring* error = nullptr);
+
+} // namespace nv

@@ -1,0 +1,39 @@
+#pragma once
+// The patcher's behaviour settings, carried inside the skin as "norvane.ini".
+
+#include "core/files.h"
+
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace nv {
+
+struct PatcherSettings {
+    std::wstring title;
+    int connections = 4;          // parallel download connections, 1..8
+    int segmentMb = 4;            // download segment size in MiB, 1..64
+    bool closeOnStart = true;     // close the patcher when the game starts
+    bool autoStart = false;       // start the game when the update completes
+    bool allowStartOnError = false;
+    bool browserEmulation = true; // run the news browser in IE11 emulation
+    std::wstring runArgs;         // arguments for the game executable
+
+    bool operator==(const PatcherSettings&) const = default;
+};
+
+// INI values addressed as "section.key" (both lower-cased), values trimmed, UTF-8.
+using IniValues = std::map<std::string, std::string>;
+
+// The file's bytes as UTF-8 text: a UTF-8 byte-order mark is dropped, UTF-16 with a byte-order mark converted.
+std::string iniText(const Bytes& bytes);
+IniValues parseIni(std::string_view text);
+
+// Reads with the defaults and clamps of each field; never fails.
+PatcherSettings readPatcherSettings(const IniValues& ini);
+PatcherSettings readPatcherSettingsFile(const Bytes& bytes);
+
+// The whole "norvane.ini": fixed lines ending in CR LF, free texts as UTF-8, nothing clamped or escaped.
+std::string writePatcherSettings(const PatcherSettings& settings);
+
+} // namespace nv

@@ -1,0 +1,79 @@
+#pragma once
+// The parsed, renderable description of one patcher skin, loaded from a skin file set. The live preview, the
+// build's final validation and nvbuild inspect all load it the same way.
+
+#include "build/image.h"
+#include "readers/skin_files.h"
+#include "skin/locale.h"
+#include "skin/settings.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace nv {
+
+enum class ControlKind { Button = 0, Text = 1, Gauge = 2, Iframe = 3, Image = 4, Unknown = 5 };
+
+// "button", "text", "gauge", "iframe", "image", "unknown".
+const char* controlKindName(ControlKind kind);
+
+struct SkinControl {
+    ControlKind kind = ControlKind::Unknown;
+    uint32_t index = 0; // ordinal among the control elements, from 0
+    std::string id;     // upper-cased
+    int x = 0, y = 0;
+    int width = 0, height = 0;
+    std::string image;
+    std::string linkUrl; // "link_url" as written
+    std::wstring link;   // resolved through the locale table
+    std::wstring execPath;
+    bool enableOnComplete = false;
+    std::wstring text;
+    uint32_t color = 0xFFFFFFFFu;       // ARGB
+    uint32_t shadowColor = 0xFF000000u; // ARGB
+    bool shadow = false;
+    bool bold = false;
+    int size = 12; // points, 6..96
+    std::wstring font = L"Tahoma";
+    int align = 0; // 0 left, 1 center, 2 right
+    DecodedImage imageUp, imageOn, imageDown, imageDisabled;
+    DecodedImage imageFull, imageEmpty;
+};
+
+struct SkinModel {
+    DecodedImage background;
+    int width = 0, height = 0;
+    std::wstring remoteConfigPath;
+    std::wstring localConfigPath = L"kaldratorrent.config.xml";
+    std::wstring languagePath = L"Fernwick.locale.xml";
+    std::wstring feedUrl;
+    int feedRefresh = 60;
+    LocaleTable strings;
+    PatcherSettings settings;
+    std::string skinFile, addressFile, localeFile;
+    std::vector<SkinControl> controls;
+
+    SkinModel() = default;
+    SkinModel(SkinModel&&) = default;
+    SkinModel& operator=(SkinModel&&) = default;
+    SkinModel(const SkinModel&) = delete; // owns decoded images
+    SkinModel& operator=(const SkinModel&) = delete;
+};
+
+// True when the model is usable. Warnings (the builder's words, one line each) are appended when a list is given.
+bool loadSkinModel(const SkinFileSet& files, SkinModel& model, std::vector<std::wstring>* warnings = nullptr);
+
+// The text of an upper-cased key, or the key itself when the table lacks it.
+std::wstring localeText(const SkinModel& model, std::string_view key);
+std::wstring localeText(const LocaleTable& strings, std::string_view key);
+
+// "" for an empty value; the locale text when the upper-cased value names a key; else the value itself.
+std::wstring resolveLink(const SkinModel& model, std::string_view linkUrl);
+std::wstring resolveLink(const LocaleTable& strings, std::string_view linkUrl);
+
+// "#RRGGBB" / "#AARRGGBB" (the '#' optional, either case) to ARGB; false for anything else.
+bool parseColor(std::string_view text, uint32_t& argb);
+
+} // namespace nv

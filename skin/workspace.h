@@ -1,0 +1,61 @@
+#pragma once
+// The builder's working skin: the loaded files, the editable values imported from them, and the composition of
+// the final skin set for a build or the preview. No UI in here: the builder window and nvbuild drive it.
+
+#include "core/files.h"
+#include "readers/skin_files.h"
+#include "skin/settings.h"
+#include "skin/skin_model.h"
+
+#include <string>
+#include <vector>
+
+namespace nv {
+
+struct ButtonLink {
+    std::string id;           // as written in skin.xml
+    std::string type;         // the control's type, lower-cased
+    std::string image;        // the control's image name, to show the operator
+    std::wstring importedLink; // "link_url" resolved through the locale file at import
+    std::wstring link;         // as edited
+    bool edited = false;
+    std::string localeKey; // the key that "link_url" named at import; empty for a literal address
+};
+
+class SkinWorkspace {
+public:
+    SkinFileSet files;
+    bool loaded = false;
+    std::wstring sourceLabel;
+    std::string addressFile;
+    std::string localeFile;
+    std::wstring serverAddress;
+    std::wstring newsAddress;
+    std::wstring feedUrl;
+    std::vector<ButtonLink> buttonLinks;
+    PatcherSettings settings;
+    bool hasFeed = false;
+
+    // The values as imported, against which edits are compared at composition.
+    std::wstring importedServerAddress;
+    std::wstring importedNewsAddress;
+    std::wstring importedFeedUrl;
+
+    // Loads a folder or a .zip as the new working skin.
+    bool loadSkinSource(const std::wstring& path, std::wstring& message);
+    // Merges dropped folders, zips and single files into the working set.
+    void addDroppedFiles(const std::vector<std::wstring>& paths, int& count, std::wstring& note);
+    // Fills the editable values from the working set.
+    void importSkinValues();
+    // Sets the edited link of the button links with this id (ASCII case-insensitive); false when none has it.
+    bool setButtonLink(std::string_view id, const std::wstring& link);
+
+    // The working set with the operator's edits applied (the working set itself never changes).
+    bool composeSkinFiles(SkinFileSet& out, std::wstring& message) const;
+    // Compose, validate with the skin loader (its warnings join messages) and pack.
+    bool buildSkinPackage(Bytes& out, std::vector<std::wstring>& messages) const;
+    // Compose (carrying on past a composition failure) and load for the preview.
+    bool loadPreviewModel(SkinModel& model, std::vector<std::wstring>& messages) const;
+};
+
+} // namespace nv

@@ -1,0 +1,88 @@
+#!/usr/bin/env bash
+# End-to-end test of nvbuild pack / list / unpack on a folder made here.
+# cli_e2e.sh NVBUILD [RUNNER]   (RUNNER: e.g. the Wine runner for nvbuild.exe; paths are then given as Z:\...)
+set -u
+nvbuild=$1
+runner=${2:-}
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+failures=0
+
+winpath() { if [ -n "$runner" ]; then printf 'Z:%s' "${1//\//\\}"; else printf '%s' "$1"; fi; }
+nv() { $runner "$nvbuild" "$@"; }
+check() { # check DESCRIPTION CONDITION...
+    local what=$1
+    shift
+    if "$@"; then echo "ok   $what"; else echo "FAIL $what"; failures=$((failures + 1)); fi
+}
+
+src="$work/Skin Kaynak"
+mkdir -p "$src/img"
+printf '<skin background_image="main"/>\n' >"$src/Skin.XML"
+head -c 70000 /dev/urandom >"$src/Main.PNG"
+head -c 3 /dev/urandom >"$src/$(printf '\xc5\x9eerit.png')"
+printf '' >"$src/empty.txt"
+printf 'x' >"$src/readme.md"
+printf 'x' >"$src/Thumbs.db"
+printf 'x' >"$src/.DS_Store"
+printf 'x' >"$src/img/inside.png"
+truncate -s 33554433 "$src/huge.bmp" # one byte over the per-file limit
+
+# pack: the too-large file is noted, the rest is packed.
+nv pack "$(winpath "$src")" "$(winpath "$work/skin.nvsk")" >"$work/out" 2>"$work/err"
+check "pack exits 0" [ $? -eq 0 ]
+check "pack notes the file it could not read" grep -q "^Not: Okunamadi: .*huge.bmp" "$work/err"
+check "pack writes the package" [ -s "$work/skin.nvsk" ]
+check "no temporary file stays" [ ! -e "$work/skin.nvsk.nvtmp" ]
+
+# list: size, CRC-32 and name of exactly the accepted files.
+nv list "$(winpath "$work/skin.nvsk")" >"$work/list" 2>"$work/err"
+check "list exits 0" [ $? -eq 0 ]
+python3 - "$src" "$work/list" <<'PY' >"$work/listcheck" 2>&1
+import os, sys, zlib
+src, listing = sys.argv[1], sys.argv[2]
+want = {}
+for name, set_name in [("Skin.XML", "skin.xml"), ("Main.PNG", "main.png"), ("\u015eerit.png", "\u015eerit.png"),
+                       ("empty.txt", "empty.txt")]:
+    data = open(os.path.join(src, name), "rb").read()
+    want[set_name] = (len(data), zlib.crc32(data))
+got = {}
+for line in open(listing, encoding="utf-8").read().splitlines():
+    size, crc, name = line.split("\t")
+    got[name] = (int(size), int(crc, 16))
+if got != want:
+    print("listed", got, "\nexpected", want)
+    sys.exit(1)
+PY
+check "list shows size, CRC and name of each accepted file" [ $? -eq 0 ]
+[ -s "$work/listcheck" ] && cat "$work/listcheck"
+
+# unpack: the same bytes under the set names.
+nv unpack "$(winpath "$work/skin.nvsk")" "$(winpath "$work/unpacked/deeper")" >"$work/out" 2>"$work/err"
+check "unpack exits 0" [ $? -eq 0 ]
+check "skin.xml comes back byte for byte" cmp -s "$src/Skin.XML" "$work/unpacked/deeper/skin.xml"
+check "main.png comes back byte for byte" cmp -s "$src/Main.PNG" "$work/unpacked/deeper/main.png"
+check "a Turkish name comes back" cmp -s "$src/$(printf '\xc5\x9eerit.png')" "$work/unpacked/deeper/$(printf '\xc5\x9eerit.png')"
+check "an empty file comes back" [ -f "$work/unpacked/deeper/empty.txt" ] && [ ! -s "$work/unpacked/deeper/empty.txt" ]
+check "only the accepted files are unpacked" [ "$(ls "$work/unpacked/deeper" | wc -l)" -eq 4 ]
+
+# Failures: exit 1 and the reader's message alone on a line.
+cp "$work/skin.nvsk" "$work/bad.nvsk"
+printf '\x02' | dd of="$work/bad.nvsk" bs=1 seek=4 conv=notrunc status=none
+nv list "$(winpath "$work/bad.nvsk")" >"$work/out" 2>"$work/err"
+check "a damaged package exits 1" [ $? -eq 1 ]
+check "a damaged package gives the CRC message" grep -qx "Skin paketi bozuk (CRC)." "$work/err"
+nv unpack "$(winpath "$work/bad.nvsk")" "$(winpath "$work/never")" >"$work/out" 2>"$work/err"
+check "unpacking a damaged package creates nothing" [ ! -e "$work/never" ]
+nv pack "$(winpath "$work/nothing-here")" "$(winpath "$work/x.nvsk")" >"$work/out" 2>"$work/err"
+check "a source that is neither folder nor zip exits 1" [ $? -eq 1 ]
+check "... with the loader's message" grep -qx "Zip dosyası ya da klasör bırakın." "$work/err"
+check "... and writes nothing" [ ! -e "$work/x.nvsk" ]
+nv >"$work/out" 2>"$work/err"
+check "no command is a usage error (2)" [ $? -eq 2 ]
+nv list >"$work/out" 2>"$work/err"
+check "a missing argument is a usage error (2)" [ $? -eq 2 ]
+nv frobnicate x >"$work/out" 2>"$work/err"
+check "an unknown command is a usage error (2)" [ $? -eq 2 ]
+
+[ $failures -eq 0 ] || { echo "$failures check(s) failed"; exit 1; }

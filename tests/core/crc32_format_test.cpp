@@ -1,0 +1,74 @@
+#include "core/crc32.h"
+#include "core/format.h"
+#include "tests/support/test_support.h"
+
+#include <gtest/gtest.h>
+
+namespace nv {
+namespace {
+
+// The bitwise definition, to check the sliced tables against.
+uint32_t slowCrc(const Bytes& bytes) {
+    uint32_t c = 0xFFFFFFFFu;
+    for (uint8_t b : bytes) {
+        c ^= b;
+        for (int k = 0; k < 8; ++k) c = (c & 1) ? (c >> 1) ^ 0xEDB88320u : c >> 1;
+    }
+    return ~c;
+}
+
+TEST(Crc32, KnownValues) {
+    EXPECT_EQ(Crc32::of("123456789", 9), 0xCBF43926u);
+    EXPECT_EQ(Crc32::of("", 0), 0u);
+    EXPECT_EQ(Crc32::of("The quick brown fox jumps over the lazy dog", 43), 0x414FA339u);
+}
+
+TEST(Crc32, MatchesTheBitwiseDefinitionForEveryLengthAndSplit) {
+    Bytes data = test::noiseBytes(67, 7);
+    for (size_t length = 0; length <= data.size(); ++length) {
+        Bytes prefix(data.begin(), data.begin() + length);
+        uint32_t expected = slowCrc(prefix);
+        for (size_t split = 0; split <= length; ++split) {
+            Crc32 crc;
+            crc.update(prefix.data(), split);
+            crc.update(prefix.data() + split, 0);
+            crc.update(prefix.data() + split, length - split);
+            ASSERT_EQ(crc.value(), expected) << "length " << length << " split " << split;
+        }
+    }
+}
+
+TEST(FileCrc32, ChecksumsAWholeFileAcrossBufferBoundaries) {
+    test::TempDir dir;
+    Bytes data = test::noiseBytes(0x100000 * 2 + 17, 3);
+    test::writeFile(dir.file(L"big.bin"), data);
+    uint32_t crc = 0;
+    uint64_t size = 0;
+    ASSERT_TRUE(fileCrc32(dir.file(L"big.bin"), crc, size));
+    EXPECT_EQ(crc, Crc32::of(data.data(), data.size()));
+    EXPECT_EQ(size, data.size());
+    EXPECT_FALSE(fileCrc32(dir.file(L"missing.bin"), crc, size));
+}
+
+TEST(SizeText, ThresholdsAreOnTheByteCount) {
+    struct Case {
+        uint64_t bytes;
+        const wchar_t* text;
+    } cases[] = {
+        {0, L"0 B"},
+        {1023, L"1023 B"},
+        {1024, L"1,0 KB"},
+        {1536, L"1,5 KB"},
+        {1048575, L"1024,0 KB"},
+        {1048576, L"1,0 MB"},
+        {1073741823, L"1024,0 MB"},
+        {1073741824, L"1,0 GB"},
+        {5ull * 1073741824 / 2, L"2,5 GB"},
+    };
+    for (const Case& c : cases) EXPECT_EQ(sizeText(c.bytes), c.text) << c.bytes;
+    EXPECT_EQ(decimalText(12.34), L"12,3");
+    EXPECT_EQ(integerText(-9000000000ll), L"-9000000000");
+}
+
+} // namespace
+} // namespace nv

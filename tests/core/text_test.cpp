@@ -1,0 +1,73 @@
+#include "core/cp437.h"
+#include "core/paths.h"
+#include "core/text.h"
+
+#include <gtest/gtest.h>
+
+namespace nv {
+namespace {
+
+TEST(Utf8, RoundTripsTurkishAndAstralText) {
+    const std::string utf8 = "\xC4\x9F\xC3\xBC\xC5\x9F\xC4\xB1 \xC3\x96\xC3\x87 \xF0\x9F\x98\x80";
+    std::wstring wide = utf8ToWide(utf8);
+    EXPECT_EQ(wide.substr(0, 4), L"\u011F\u00FC\u015F\u0131");
+    EXPECT_EQ(wideToUtf8(wide), utf8);
+    EXPECT_EQ(utf8ToWide(""), L"");
+    EXPECT_EQ(wideToUtf8(L""), "");
+}
+
+TEST(Utf8, InvalidBytesBecomeReplacementCharacters) {
+    // How many replacement characters a bad sequence yields differs between platforms; that one appears does not.
+    std::wstring wide = utf8ToWide("a\xFF" "b");
+    ASSERT_FALSE(wide.empty());
+    EXPECT_EQ(wide.front(), L'a');
+    EXPECT_EQ(wide.back(), L'b');
+    EXPECT_NE(wide.find(L'\uFFFD'), std::wstring::npos);
+}
+
+TEST(AsciiCase, OnlyAsciiLettersChange) {
+    EXPECT_EQ(asciiLower("Skin.XML"), "skin.xml");
+    // A capital G with breve (C4 9E) is not lower-cased.
+    EXPECT_EQ(asciiLower("\xC4\x9E" "A.PNG"), "\xC4\x9E" "a.png");
+    EXPECT_EQ(asciiUpper("url_new-1"), "URL_NEW-1");
+    EXPECT_TRUE(equalsIgnoreCase("Fernwick.URL.xml", "fernwick.url.XML"));
+    EXPECT_FALSE(equalsIgnoreCase("abc", "abcd"));
+    EXPECT_TRUE(endsWithIgnoreCase("Skin.ZIP", ".zip"));
+    EXPECT_FALSE(endsWithIgnoreCase("zip", ".zip"));
+    EXPECT_TRUE(endsWithIgnoreCase(std::wstring_view(L"out.EXE"), std::wstring_view(L".exe")));
+    EXPECT_FALSE(endsWithIgnoreCase(std::wstring_view(L"out.exe.bak"), std::wstring_view(L".exe")));
+}
+
+TEST(Trim, RemovesBlanksAndLineBreaksAtBothEnds) {
+    EXPECT_EQ(trim(" \t\r\nab c\r\n "), "ab c");
+    EXPECT_EQ(trim("\n\n"), "");
+    EXPECT_EQ(trim(std::wstring_view(L"  x  ")), L"x");
+}
+
+TEST(Paths, SplitAndJoinWithEitherSeparator) {
+    EXPECT_EQ(pathFileName(L"C:\\skins/dark\\skin.xml"), L"skin.xml");
+    EXPECT_EQ(pathFileName(L"skin.xml"), L"skin.xml");
+    EXPECT_EQ(pathFileName(L"C:\\skins\\"), L"");
+    EXPECT_EQ(pathParent(L"C:\\skins/dark\\skin.xml"), L"C:\\skins/dark");
+    EXPECT_EQ(pathParent(L"skin.xml"), L"");
+    // No doubled separator after a folder that already ends in one.
+    EXPECT_EQ(pathJoin(L"C:\\out\\", L"a.exe"), L"C:\\out\\a.exe");
+    EXPECT_EQ(pathJoin(L"C:/out/", L"a.exe"), L"C:/out/a.exe");
+    EXPECT_EQ(pathJoin(L"", L"a.exe"), L"a.exe");
+    EXPECT_EQ(pathJoin(L"dir", L""), L"dir");
+    std::wstring joined = pathJoin(L"dir", L"a.exe");
+    EXPECT_EQ(joined.size(), 9u);
+    EXPECT_TRUE(isPathSeparator(joined[3]));
+}
+
+TEST(CodePage437, HighBytesMapToThePcCharacterSet) {
+    EXPECT_EQ(cp437Char('A'), L'A');
+    EXPECT_EQ(cp437Char(0x80), L'\u00C7');
+    EXPECT_EQ(cp437Char(0x9E), L'\u20A7');
+    EXPECT_EQ(cp437Char(0xE1), L'\u00DF');
+    EXPECT_EQ(cp437Char(0xFF), L'\u00A0');
+    EXPECT_EQ(cp437ToWide("\x81" "ber.png"), L"\u00FC" L"ber.png");
+}
+
+} // namespace
+} // namespace nv
