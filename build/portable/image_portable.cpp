@@ -1,0 +1,1 @@
+#include "build/image.h"

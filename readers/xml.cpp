@@ -1,0 +1,1 @@
+#include "readers/xml.h"

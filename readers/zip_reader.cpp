@@ -1,0 +1,1 @@
+#include "readers/zip_reader.h"

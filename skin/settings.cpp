@@ -1,0 +1,1 @@
+#include "skin/settings.h"
