@@ -1,0 +1,162 @@
+#include "core/files.h"
+#include "core/paths.h"
+#include "readers/skin_files.h"
+#include "tests/support/test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace nv {
+namespace {
+
+std::vector<std::string> namesOf(const SkinFileSet& set) {
+    std::vector<std::string> names;
+    for (const SkinEntry& e : set.entries) names.push_back(e.name);
+    return names;
+}
+
+TEST(SkinFileName, KeepsOnlySkinFilesUnderTheirBareLowerCaseName) {
+    struct Case {
+        const wchar_t* path;
+        const char* name;
+    } cases[] = {
+        {L"C:\\skins\\dark\\Skin.XML", "skin.xml"},
+        {L"images/Logo.PNG", "logo.png"},
+        {L"a.jpg", "a.jpg"},
+        {L"a.JPEG", "a.jpeg"},
+        {L"a.bmp", "a.bmp"},
+        {L"a.gif", "a.gif"},
+        {L"app.ico", "app.ico"},
+        {L"norvane.INI", "norvane.ini"},
+        {L"ARCHIVE.TXT", "archive.txt"},
+        {L"photo.jpeg.bak", ""},
+        {L"readme.md", ""},
+        {L"Thumbs.db", ""},
+        {L"DESKTOP.INI", ""},
+        {L".DS_Store", ""},
+        {L"._skin.xml", ""},
+        {L"folder/", ""},
+        {L"", ""},
+        {L"png", ""},
+        // A capital G with breve stays as it is; only ASCII letters fold.
+        {L"\u011Eemi.PNG", "\xC4\x9E" "emi.png"},
+    };
+    for (const Case& c : cases) EXPECT_EQ(skinFileName(c.path), c.name) << test::fsPath(c.path).string();
+}
+
+TEST(SkinFileSet, PutReplacesInPlaceAndFindIgnoresAsciiCase) {
+    SkinFileSet set;
+    set.putFile("A.png", test::bytesOf("first"));
+    set.putFile("b.png", test::bytesOf("bb"));
+    set.putFile("a.PNG", test::bytesOf("second"));
+    EXPECT_EQ(namesOf(set), (std::vector<std::string>{"a.png", "b.png"}));
+    ASSERT_NE(set.findFile("A.Png"), nullptr);
+    EXPECT_EQ(test::textOf(*set.findFile("A.Png")), "second");
+    EXPECT_EQ(set.findFile("c.png"), nullptr);
+    EXPECT_EQ(set.totalBytes(), 8u);
+    set.clear();
+    EXPECT_TRUE(set.entries.empty());
+}
+
+TEST(AddSkinFile, RefusesForeignFilesAndUnreadablePathsWithTheirMessages) {
+    test::TempDir dir;
+    SkinFileSet set;
+    std::wstring error;
+    test::writeFile(dir.file(L"Read Me.MD"), "x");
+    EXPECT_FALSE(addSkinFile(set, dir.file(L"Read Me.MD"), &error));
+    EXPECT_EQ(error, L"Desteklenmeyen dosya: Read Me.MD");
+    EXPECT_FALSE(addSkinFile(set, dir.file(L"missing.png"), &error));
+    EXPECT_EQ(error, L"Okunamadi: " + dir.file(L"missing.png"));
+    EXPECT_TRUE(set.entries.empty());
+}
+
+TEST(AddSkinFile, PerFileLimitIsInclusive) {
+    test::TempDir dir;
+    test::writeFile(dir.file(L"exact.bmp"), Bytes(SkinFileSet::kMaxFileBytes, 7));
+    test::writeFile(dir.file(L"over.bmp"), Bytes(SkinFileSet::kMaxFileBytes + 1, 7));
+    SkinFileSet set;
+    std::wstring error;
+    EXPECT_TRUE(addSkinFile(set, dir.file(L"exact.bmp"), &error)) << test::fsPath(error).string();
+    EXPECT_FALSE(addSkinFile(set, dir.file(L"over.bmp"), &error));
+    EXPECT_EQ(error, L"Okunamadi: " + dir.file(L"over.bmp"));
+    EXPECT_EQ(set.entries.size(), 1u);
+}
+
+TEST(AddSkinFile, WholeSetLimitCountsTheOldBytesOfAReplacedEntry) {
+    test::TempDir dir;
+    constexpr size_t MiB = 1 << 20;
+    SkinFileSet set;
+    for (int i = 0; i < 2; ++i) set.putFile("part" + std::to_string(i) + ".bmp", Bytes(30 * MiB, 1));
+
+    // 60 MiB held: 5 MiB more is refused and the set stays as it was.
+    test::writeFile(dir.file(L"five.bmp"), Bytes(5 * MiB, 2));
+    std::wstring error;
+    EXPECT_FALSE(addSkinFile(set, dir.file(L"five.bmp"), &error));
+    EXPECT_EQ(error, L"Skin paketi 64 MB sinirini asiyor.");
+    EXPECT_EQ(set.totalBytes(), 60 * MiB);
+    EXPECT_EQ(set.entries.size(), 2u);
+
+    // Exactly 64 MiB is accepted.
+    test::writeFile(dir.file(L"four.bmp"), Bytes(4 * MiB, 3));
+    EXPECT_TRUE(addSkinFile(set, dir.file(L"four.bmp"), &error));
+    EXPECT_EQ(set.totalBytes(), SkinFileSet::kMaxTotalBytes);
+
+    // Replacing a file of the same name still counts the bytes it replaces.
+    test::writeFile(dir.file(L"FOUR.bmp"), Bytes(1, 4));
+    EXPECT_FALSE(addSkinFile(set, dir.file(L"FOUR.bmp"), &error));
+}
+
+TEST(AddSkinFolder, ReadsOnlyTheAcceptedFilesDirectlyInside) {
+    test::TempDir dir;
+    test::writeFile(dir.file(L"Skin.XML"), "<skin/>");
+    test::writeFile(dir.file(L"Thumbs.db"), "x");
+    test::writeFile(dir.file(L".DS_Store"), "x");
+    test::writeFile(dir.file(L"readme.md"), "x");
+    test::writeFile(pathJoin(dir.file(L"img"), L"inside.png"), "x");
+
+    SkinFileSet set;
+    int added = -1;
+    std::wstring error;
+    ASSERT_TRUE(addSkinFolder(set, dir.path(), &added, &error));
+    EXPECT_EQ(namesOf(set), (std::vector<std::string>{"skin.xml"}));
+    EXPECT_EQ(added, 1);
+    EXPECT_TRUE(error.empty());
+}
+
+TEST(AddSkinFolder, KeepsTheFirstFailureAndGoesOn) {
+    test::TempDir dir;
+    test::writeFile(dir.file(L"a.png"), "a");
+    test::writeFile(dir.file(L"big1.bmp"), Bytes(SkinFileSet::kMaxFileBytes + 1, 0));
+    test::writeFile(dir.file(L"big2.bmp"), Bytes(SkinFileSet::kMaxFileBytes + 1, 0));
+    test::writeFile(dir.file(L"z.png"), "z");
+
+    SkinFileSet set;
+    int added = 0;
+    std::wstring error;
+    ASSERT_TRUE(addSkinFolder(set, dir.path(), &added, &error));
+    EXPECT_EQ(added, 2);
+    auto names = namesOf(set);
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (std::vector<std::string>{"a.png", "z.png"}));
+    EXPECT_EQ(error.rfind(L"Okunamadi: ", 0), 0u);
+
+    // A message that is already there is not overwritten.
+    std::wstring earlier = L"earlier";
+    SkinFileSet again;
+    addSkinFolder(again, dir.path(), nullptr, &earlier);
+    EXPECT_EQ(earlier, L"earlier");
+}
+
+TEST(AddSkinFolder, AnUnlistableFolderFails) {
+    test::TempDir dir;
+    SkinFileSet set;
+    int added = 5;
+    std::wstring error;
+    EXPECT_FALSE(addSkinFolder(set, dir.file(L"gone"), &added, &error));
+    EXPECT_EQ(error, L"Klasor okunamadi: " + dir.file(L"gone"));
+    EXPECT_EQ(added, 0);
+}
+
+} // namespace
+} // namespace nv
