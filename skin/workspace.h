@@ -41,8 +41,11 @@ public:
     std::wstring importedNewsAddress;
     std::wstring importedFeedUrl;
 
-    // Loads a folder or a .zip as the new working skin.
+    // Loads a folder or a .zip as the new working skin. On success message holds the first file of a folder that
+    // could not be read, if any (the load goes on without it).
     bool loadSkinSource(const std::wstring& path, std::wstring& message);
+    // Takes an already collected set (a package read back from a patcher, say) as the new working skin.
+    bool loadSkinSet(SkinFileSet set, const std::wstring& label, std::wstring& message);
     // Merges dropped folders, zips and single files into the working set.
     void addDroppedFiles(const std::vector<std::wstring>& paths, int& count, std::wstring& note);
     // Fills the editable values from the working set.
