@@ -14,6 +14,8 @@ constexpr Command kCommands[] = {
     {L"pack", commandPack},
     {L"list", commandList},
     {L"unpack", commandUnpack},
+    {L"inspect", commandInspect},
+    {L"compose", commandCompose},
 };
 
 } // namespace
@@ -22,7 +24,14 @@ int usage(Console& console) {
     console.err(L"Kullanim:\n"
                 L"  nvbuild pack KAYNAK CIKTI.nvsk      klasor ya da .zip skini pakete yazar\n"
                 L"  nvbuild list PAKET                  paketin dosyalarini listeler (boyut, CRC-32, ad)\n"
-                L"  nvbuild unpack PAKET KLASOR         paketin dosyalarini klasore cikarir\n");
+                L"  nvbuild unpack PAKET KLASOR         paketin dosyalarini klasore cikarir\n"
+                L"  nvbuild inspect KAYNAK [--json]     skinin icerigini ve uyarilarini gosterir\n"
+                L"  nvbuild compose KAYNAK CIKTI.nvsk [duzenlemeler]\n"
+                L"      olusturmanin gomecegi skin paketini yazar; duzenlemeler:\n"
+                L"      --config-url ADRES  --news-url ADRES  --feed-url ADRES  --title METIN\n"
+                L"      --conn 1..8  --seg 1..64  --close-on-start 0|1  --auto-start 0|1\n"
+                L"      --allow-error 0|1  --browser-emu 0|1  --run-args METIN  --link KIMLIK=ADRES\n"
+                L"KAYNAK: klasor, .zip, skin paketi ya da (Windows'ta) patcher .exe\n");
     return kExitUsage;
 }
 

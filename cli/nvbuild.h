@@ -20,6 +20,8 @@ int runNvbuild(const std::vector<std::wstring>& args, Console& console);
 int commandPack(const std::vector<std::wstring>& args, Console& console);
 int commandList(const std::vector<std::wstring>& args, Console& console);
 int commandUnpack(const std::vector<std::wstring>& args, Console& console);
+int commandInspect(const std::vector<std::wstring>& args, Console& console);
+int commandCompose(const std::vector<std::wstring>& args, Console& console);
 
 int usage(Console& console);
 

@@ -56,6 +56,10 @@ public:
     ScopedModule(const ScopedModule&) = delete;
     ScopedModule& operator=(const ScopedModule&) = delete;
     HMODULE get() const { return m_; }
+    void reset(HMODULE m = nullptr) {
+        if (m_) FreeLibrary(m_);
+        m_ = m;
+    }
 
 private:
     HMODULE m_;

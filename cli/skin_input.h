@@ -1,0 +1,18 @@
+#pragma once
+// What nvbuild accepts as a skin: a folder or a .zip (as the builder loads them), a skin package, or a patcher
+// executable carrying one.
+
+#include "readers/skin_files.h"
+#include "skin/workspace.h"
+
+#include <string>
+
+namespace nv {
+
+// Loads the skin at path into the workspace. note receives a folder's first unreadable file, if any.
+bool loadSkinInput(const std::wstring& path, SkinWorkspace& workspace, std::wstring& message, std::wstring& note);
+
+// The package embedded in an executable (platform layer; the native build cannot load executables).
+bool readExecutableSkin(const std::wstring& path, SkinFileSet& files, std::wstring& message);
+
+} // namespace nv
