@@ -6,6 +6,7 @@
 #   make dist    the Windows programs in dist/
 #   make fuzz    run each fuzz target for FUZZ_SECONDS (default 120)
 #   make bench   run the benchmarks (Release, native)
+#   make sample-skin  redraw the committed sample skin from its generator (installs Pillow and a font if missing)
 
 OUT          ?= out
 JOBS         ?= $(shell nproc)
@@ -16,7 +17,7 @@ CMAKE        := cmake -G Ninja -Wno-dev --log-level=WARNING
 WITH_WINE    := scripts/with-wine.sh $(OUT)/windows/wineprefix
 
 .PHONY: all deps native windows fuzz-build bench-build test test-native test-windows dist demo fuzz bench \
-        format clean
+        sample-skin format clean
 
 all: native windows
 
@@ -76,6 +77,22 @@ fuzz: fuzz-build
 
 bench: bench-build
 	@for b in $(OUT)/bench/bench/bench_*; do echo "== $$(basename $$b)"; $$b; done
+
+# The sample skin is committed, so only a change to its generator needs this (and the packages below, which the
+# builds and CI never need). /usr/bin/python3 is named because Debian's Pillow belongs to Debian's Python.
+SKIN_PACKAGES := python3-pil fonts-dejavu-core
+
+sample-skin:
+	@missing=""; for p in $(SKIN_PACKAGES); do \
+	    dpkg-query -W -f='$${Status}' $$p 2>/dev/null | grep -q 'install ok installed' || missing="$$missing $$p"; \
+	done; \
+	if [ -n "$$missing" ]; then \
+	    echo "sample-skin: installing$$missing"; \
+	    sudo=""; [ "$$(id -u)" -eq 0 ] || sudo=sudo; \
+	    $$sudo apt-get update -qq && \
+	    $$sudo env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $$missing >/dev/null; \
+	fi
+	@/usr/bin/python3 examples/skins/tools/make_sample_skin.py
 
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
