@@ -1,1 +1,135 @@
 #include "skin/settings.h"
+
+#include "core/text.h"
+#include "core/values.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace nv {
+namespace {
+
+void appendUtf8(std::string& out, uint32_t cp) {
+    if (cp < 0x80) {
+        out.push_back(char(cp));
+    } else if (cp < 0x800) {
+        out.push_back(char(0xC0 | (cp >> 6)));
+        out.push_back(char(0x80 | (cp & 0x3F)));
+    } else if (cp < 0x10000) {
+        out.push_back(char(0xE0 | (cp >> 12)));
+        out.push_back(char(0x80 | ((cp >> 6) & 0x3F)));
+        out.push_back(char(0x80 | (cp & 0x3F)));
+    } else {
+        out.push_back(char(0xF0 | (cp >> 18)));
+        out.push_back(char(0x80 | ((cp >> 12) & 0x3F)));
+        out.push_back(char(0x80 | ((cp >> 6) & 0x3F)));
+        out.push_back(char(0x80 | (cp & 0x3F)));
+    }
+}
+
+// UTF-16 code units straight to UTF-8: wchar_t is not 16 bits on every build, so no wide string is involved.
+// An unpaired surrogate becomes U+FFFD; a trailing odd byte is dropped.
+std::string utf16ToUtf8(const uint8_t* data, size_t size, bool bigEndian) {
+    std::string out;
+    out.reserve(size);
+    const size_t units = size / 2;
+    auto unitAt = [&](size_t i) -> uint32_t {
+        const uint8_t* p = data + 2 * i;
+        return bigEndian ? uint32_t(p[0] << 8 | p[1]) : uint32_t(p[1] << 8 | p[0]);
+    };
+    for (size_t i = 0; i < units; ++i) {
+        uint32_t unit = unitAt(i);
+        if (unit >= 0xD800 && unit <= 0xDBFF && i + 1 < units) {
+            const uint32_t low = unitAt(i + 1);
+            if (low >= 0xDC00 && low <= 0xDFFF) {
+                appendUtf8(out, 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00));
+                ++i;
+                continue;
+            }
+        }
+        if (unit >= 0xD800 && unit <= 0xDFFF) unit = 0xFFFD;
+        appendUtf8(out, unit);
+    }
+    return out;
+}
+
+std::string valueOr(const IniValues& ini, const char* key, const char* defaultText) {
+    auto it = ini.find(key);
+    return it != ini.end() ? it->second : std::string(defaultText);
+}
+
+const char* flag(bool value) {
+    return value ? "1" : "0";
+}
+
+} // namespace
+
+std::string iniText(const Bytes& bytes) {
+    const uint8_t* data = bytes.data();
+    const size_t size = bytes.size();
+    if (size >= 3 && data[0] == 0xEF && data[1] == 0xBB && data[2] == 0xBF)
+        return std::string(reinterpret_cast<const char*>(data) + 3, size - 3);
+    if (size >= 2 && data[0] == 0xFF && data[1] == 0xFE) return utf16ToUtf8(data + 2, size - 2, false);
+    if (size >= 2 && data[0] == 0xFE && data[1] == 0xFF) return utf16ToUtf8(data + 2, size - 2, true);
+    return std::string(bytes.begin(), bytes.end());
+}
+
+IniValues parseIni(std::string_view text) {
+    IniValues values;
+    std::string section;
+    size_t pos = 0;
+    while (pos < text.size()) {
+        size_t end = text.find_first_of("\r\n", pos);
+        if (end == std::string_view::npos) end = text.size();
+        const std::string line = trim(text.substr(pos, end - pos));
+        pos = end + 1;
+
+        if (line.empty() || line[0] == ';' || line[0] == '#') continue;
+        if (line[0] == '[') {
+            const size_t close = line.find(']');
+            if (close != std::string::npos)
+                section = asciiLower(trim(std::string_view(line).substr(1, close - 1)));
+            continue;
+        }
+        const size_t equals = line.find('=');
+        if (equals == std::string::npos) continue;
+        const std::string key = asciiLower(trim(std::string_view(line).substr(0, equals)));
+        if (key.empty()) continue;
+        values[section.empty() ? key : section + "." + key] = trim(std::string_view(line).substr(equals + 1));
+    }
+    return values;
+}
+
+PatcherSettings readPatcherSettings(const IniValues& ini) {
+    PatcherSettings s;
+    s.title = utf8ToWide(valueOr(ini, "patcher.title", ""));
+    s.connections = std::clamp(parseInt(valueOr(ini, "patcher.connections", "4"), 4), 1, 8);
+    s.segmentMb = std::clamp(parseInt(valueOr(ini, "patcher.segment_mb", "4"), 4), 1, 64);
+    s.closeOnStart = parseYesNo(valueOr(ini, "patcher.close_on_start", "1"), true);
+    s.autoStart = parseYesNo(valueOr(ini, "patcher.auto_start", "0"), false);
+    s.allowStartOnError = parseYesNo(valueOr(ini, "patcher.allow_start_on_error", "0"), false);
+    s.browserEmulation = parseYesNo(valueOr(ini, "patcher.browser_emulation", "1"), true);
+    s.runArgs = utf8ToWide(valueOr(ini, "patcher.run_args", ""));
+    return s;
+}
+
+PatcherSettings readPatcherSettingsFile(const Bytes& bytes) {
+    return readPatcherSettings(parseIni(iniText(bytes)));
+}
+
+std::string writePatcherSettings(const PatcherSettings& settings) {
+    std::string out;
+    out += "; Norvane ayarlari (yapici tarafindan yazilir)\r\n";
+    out += "[patcher]\r\n";
+    out += "title=" + wideToUtf8(settings.title) + "\r\n";
+    out += "connections=" + std::to_string(settings.connections) + "\r\n";
+    out += "segment_mb=" + std::to_string(settings.segmentMb) + "\r\n";
+    out += std::string("close_on_start=") + flag(settings.closeOnStart) + "\r\n";
+    out += std::string("auto_start=") + flag(settings.autoStart) + "\r\n";
+    out += std::string("allow_start_on_error=") + flag(settings.allowStartOnError) + "\r\n";
+    out += std::string("browser_emulation=") + flag(settings.browserEmulation) + "\r\n";
+    out += "run_args=" + wideToUtf8(settings.runArgs) + "\r\n";
+    return out;
+}
+
+} // namespace nv

@@ -11,10 +11,10 @@ namespace nv {
 
 struct PatcherSettings {
     std::wstring title;
-    int connections = 4;          // parallel download connections, 1..8
-    int segmentMb = 4;            // download segment size in MiB, 1..64
-    bool closeOnStart = true;     // close the patcher when the game starts
-    bool autoStart = false;       // start the game when the update completes
+    int connections = 4;      // parallel download connections, 1..8
+    int segmentMb = 4;        // download segment size in MiB, 1..64
+    bool closeOnStart = true; // close the patcher when the game starts
+    bool autoStart = false;   // start the game when the update completes
     bool allowStartOnError = false;
     bool browserEmulation = true; // run the news browser in IE11 emulation
     std::wstring runArgs;         // arguments for the game executable
@@ -25,8 +25,15 @@ struct PatcherSettings {
 // INI values addressed as "section.key" (both lower-cased), values trimmed, UTF-8.
 using IniValues = std::map<std::string, std::string>;
 
-// The file's bytes as UTF-8 text: a UTF-8 byte-order mark is dropped, UTF-16 with a byte-order mark converted.
+// The file's bytes as UTF-8 text: a UTF-8 byte-order mark is dropped, UTF-16 with a byte-order mark
+// converted.
 std::string iniText(const Bytes& bytes);
+// Reading rules: lines end at CR, LF or CR LF and are trimmed; blank lines and lines starting with ';' or '#'
+// are skipped. "[name]" opens a section (text after the ']' is ignored; a '[' line without ']' is skipped).
+// "key = value" splits at the first '='; key and value are trimmed and the key must not be empty. The value
+// keeps everything else, ';' and '#' included, so addresses and game arguments survive. Section and key names
+// are lower-cased (ASCII); a key outside any section is stored under its bare name; a repeated key keeps the
+// last value; any other line is skipped.
 IniValues parseIni(std::string_view text);
 
 // Reads with the defaults and clamps of each field; never fails.
