@@ -1,1 +1,156 @@
 #include "build/image.h"
+
+#include "build/win32/gdiplus_include.h"
+#include "build/win32/gdiplus_session.h"
+
+#include <cstring>
+#include <memory>
+#include <new>
+
+namespace nv {
+namespace {
+
+namespace gp = Gdiplus::DllExports;
+
+constexpr const wchar_t* kUndecodable = L"Gorsel cozulemedi (desteklenen: PNG, JPG, BMP, GIF).";
+
+bool fail(std::wstring* error, const wchar_t* message) {
+    if (error) *error = message;
+    return false;
+}
+
+// A movable global memory block, freed unless a stream has taken it over.
+class ScopedGlobal {
+public:
+    explicit ScopedGlobal(HGLOBAL h) : h_(h) {}
+    ~ScopedGlobal() {
+        if (h_) GlobalFree(h_);
+    }
+    ScopedGlobal(const ScopedGlobal&) = delete;
+    ScopedGlobal& operator=(const ScopedGlobal&) = delete;
+    HGLOBAL get() const { return h_; }
+    void release() { h_ = nullptr; }
+
+private:
+    HGLOBAL h_;
+};
+
+struct StreamRelease {
+    void operator()(IStream* stream) const { stream->Release(); }
+};
+using StreamPtr = std::unique_ptr<IStream, StreamRelease>;
+
+struct BitmapDispose {
+    void operator()(Gdiplus::GpBitmap* bitmap) const { gp::GdipDisposeImage(bitmap); }
+};
+using BitmapPtr = std::unique_ptr<Gdiplus::GpBitmap, BitmapDispose>;
+
+// The bits of a locked bitmap, unlocked on every path out.
+class LockedBits {
+public:
+    LockedBits(Gdiplus::GpBitmap* bitmap, int width, int height) : bitmap_(bitmap) {
+        Gdiplus::GpRect rect(0, 0, width, height);
+        locked_ = gp::GdipBitmapLockBits(bitmap, &rect, Gdiplus::ImageLockModeRead, PixelFormat32bppPARGB,
+                                         &data_) == Gdiplus::Ok;
+    }
+    ~LockedBits() {
+        if (locked_) gp::GdipBitmapUnlockBits(bitmap_, &data_);
+    }
+    LockedBits(const LockedBits&) = delete;
+    LockedBits& operator=(const LockedBits&) = delete;
+    bool locked() const { return locked_; }
+    const Gdiplus::BitmapData& data() const { return data_; }
+
+private:
+    Gdiplus::GpBitmap* bitmap_;
+    Gdiplus::BitmapData data_{};
+    bool locked_ = false;
+};
+
+StreamPtr streamOverCopy(const uint8_t* data, size_t size, std::wstring* error) {
+    ScopedGlobal memory(GlobalAlloc(GMEM_MOVEABLE, size));
+    if (!memory.get()) {
+        fail(error, L"Bellek yetersiz.");
+        return nullptr;
+    }
+    void* target = GlobalLock(memory.get());
+    if (!target) {
+        fail(error, L"Bellek yetersiz.");
+        return nullptr;
+    }
+    std::memcpy(target, data, size);
+    GlobalUnlock(memory.get());
+
+    IStream* stream = nullptr;
+    if (FAILED(CreateStreamOnHGlobal(memory.get(), TRUE, &stream)) || !stream) {
+        fail(error, L"Akis olusturulamadi.");
+        return nullptr;
+    }
+    memory.release(); // the stream frees the block when it is released
+    return StreamPtr(stream);
+}
+
+bool copyPixels(Gdiplus::GpBitmap* bitmap, int width, int height, DecodedImage& image) {
+    LockedBits bits(bitmap, width, height);
+    if (!bits.locked()) return false;
+    const Gdiplus::BitmapData& data = bits.data();
+    if (data.Scan0 == nullptr || int(data.Width) != width || int(data.Height) != height) return false;
+
+    std::vector<uint32_t> pixels;
+    try {
+        pixels.resize(size_t(width) * size_t(height));
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    bool transparent = false;
+    const auto* scan0 = static_cast<const uint8_t*>(data.Scan0);
+    for (int y = 0; y < height; ++y) {
+        // The stride may be negative (a bottom-up buffer), so the row address is computed signed.
+        const uint8_t* row = scan0 + ptrdiff_t(y) * ptrdiff_t(data.Stride);
+        uint32_t* out = pixels.data() + size_t(y) * size_t(width);
+        std::memcpy(out, row, size_t(width) * 4);
+        if (!transparent) {
+            for (int x = 0; x < width; ++x) {
+                if ((out[x] >> 24) != 0xFF) {
+                    transparent = true;
+                    break;
+                }
+            }
+        }
+    }
+    image.width = width;
+    image.height = height;
+    image.pixels = std::move(pixels);
+    image.hasTransparency = transparent;
+    return true;
+}
+
+} // namespace
+
+bool decodeImage(const uint8_t* data, size_t size, DecodedImage& image, std::wstring* error) {
+    image = DecodedImage();
+    if (data == nullptr || size == 0) return fail(error, L"Bos gorsel.");
+
+    StreamPtr stream = streamOverCopy(data, size, error);
+    if (!stream) return false;
+
+    if (!GdiplusSession::active()) return fail(error, kUndecodable);
+    Gdiplus::GpBitmap* created = nullptr;
+    if (gp::GdipCreateBitmapFromStream(stream.get(), &created) != Gdiplus::Ok || !created)
+        return fail(error, kUndecodable);
+    BitmapPtr bitmap(created);
+
+    UINT width = 0;
+    UINT height = 0;
+    if (gp::GdipGetImageWidth(bitmap.get(), &width) != Gdiplus::Ok ||
+        gp::GdipGetImageHeight(bitmap.get(), &height) != Gdiplus::Ok)
+        return fail(error, kUndecodable);
+    // GDI+ itself decodes far larger pictures; the limit keeps every later buffer reasonable.
+    if (width < 1 || width > UINT(kMaxImageSide) || height < 1 || height > UINT(kMaxImageSide))
+        return fail(error, kUndecodable);
+
+    if (!copyPixels(bitmap.get(), int(width), int(height), image)) return fail(error, kUndecodable);
+    return true;
+}
+
+} // namespace nv
