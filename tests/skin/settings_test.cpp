@@ -18,52 +18,43 @@ Bytes utf16File(std::u16string_view units, bool bigEndian) {
 }
 
 TEST(PatcherSettings, ReadingAppliesDefaultsClampsAndTheIniRules) {
+    // switches: close_on_start, auto_start, allow_start_on_error, browser_emulation as '1'/'0'.
     struct Case {
         const char* ini;
-        void (*expect)(PatcherSettings&); // turns the defaults into the expected settings
+        int connections, segmentMb;
+        const char* switches;
+        const wchar_t* title;
+        const wchar_t* runArgs;
     } cases[] = {
-        {"", [](PatcherSettings&) {}},
-        {"[patcher]\nconnections=0", [](PatcherSettings& s) { s.connections = 1; }},
-        {"[patcher]\nconnections=20", [](PatcherSettings& s) { s.connections = 8; }},
-        {"[patcher]\nconnections=abc", [](PatcherSettings&) {}},
-        {"[patcher]\nconnections=-3", [](PatcherSettings& s) { s.connections = 1; }},
-        {"[patcher]\nsegment_mb=128", [](PatcherSettings& s) { s.segmentMb = 64; }},
-        {"[patcher]\nsegment_mb=0", [](PatcherSettings& s) { s.segmentMb = 1; }},
-        {"[patcher]\nclose_on_start=evet", [](PatcherSettings&) {}},
-        {"[patcher]\nclose_on_start=yes", [](PatcherSettings&) {}},
-        {"[patcher]\nclose_on_start=hayir", [](PatcherSettings& s) { s.closeOnStart = false; }},
-        {"[patcher]\nclose_on_start=maybe", [](PatcherSettings&) {}},
-        {"[patcher]\nauto_start=Evet\nallow_start_on_error=on\nbrowser_emulation=0",
-         [](PatcherSettings& s) {
-             s.autoStart = s.allowStartOnError = true;
-             s.browserEmulation = false;
-         }},
-        {"[patcher]\nauto_start=maybe", [](PatcherSettings&) {}},
+        {"", 4, 4, "1001", L"", L""},
+        {"[patcher]\nconnections=0", 1, 4, "1001", L"", L""},
+        {"[patcher]\nconnections=20", 8, 4, "1001", L"", L""},
+        {"[patcher]\nconnections=abc", 4, 4, "1001", L"", L""},
+        {"[patcher]\nconnections=-3\nsegment_mb=128", 1, 64, "1001", L"", L""},
+        {"[patcher]\nsegment_mb=0", 4, 1, "1001", L"", L""},
+        {"[patcher]\nclose_on_start=evet", 4, 4, "1001", L"", L""},
+        {"[patcher]\nclose_on_start=yes", 4, 4, "1001", L"", L""},
+        {"[patcher]\nclose_on_start=hayir", 4, 4, "0001", L"", L""},
+        {"[patcher]\nclose_on_start=maybe\nauto_start=maybe", 4, 4, "1001", L"", L""},
+        {"[patcher]\nauto_start=Evet\nallow_start_on_error=on\nbrowser_emulation=0", 4, 4, "1110", L"", L""},
         // Case of names, spaces around '=', CR LF, lone CR and LF line ends.
-        {"[ PATCHER ]\r\n  Connections =  6 \r\rSEGMENT_MB\t=\t9\n",
-         [](PatcherSettings& s) {
-             s.connections = 6;
-             s.segmentMb = 9;
-         }},
-        {"[patcher]\n; connections=2\n# segment_mb=2\n\n   \nconnections=3",
-         [](PatcherSettings& s) { s.connections = 3; }},
-        {"connections=2\n[other]\nconnections=3\n[patcher] ; the patcher's own\nsegment_mb=5",
-         [](PatcherSettings& s) { s.segmentMb = 5; }},
+        {"[ PATCHER ]\r\n  Connections =  6 \r\rSEGMENT_MB\t=\t9\n", 6, 9, "1001", L"", L""},
+        {"[patcher]\n; connections=2\n# segment_mb=2\n\n   \nconnections=3", 3, 4, "1001", L"", L""},
+        {"connections=2\n[other]\nconnections=3\n[patcher] ; own\nsegment_mb=5", 4, 5, "1001", L"", L""},
         // The last of a repeated key wins; a header without ']' is skipped, so the section goes on.
-        {"[patcher]\nconnections=2\nconnections=5\n[other\nsegment_mb=7",
-         [](PatcherSettings& s) {
-             s.connections = 5;
-             s.segmentMb = 7;
-         }},
-        {"[patcher]\n=7\nrun_args=-ip=1.2.3.4 ;x #y\ntitle=a=b",
-         [](PatcherSettings& s) {
-             s.runArgs = L"-ip=1.2.3.4 ;x #y";
-             s.title = L"a=b";
-         }},
+        {"[patcher]\nconnections=2\nconnections=5\n[other\nsegment_mb=7", 5, 7, "1001", L"", L""},
+        {"[patcher]\n=7\nrun_args=-ip=1.2.3.4 ;x #y\ntitle=a=b", 4, 4, "1001", L"a=b", L"-ip=1.2.3.4 ;x #y"},
     };
     for (const Case& c : cases) {
         PatcherSettings expected;
-        c.expect(expected);
+        expected.connections = c.connections;
+        expected.segmentMb = c.segmentMb;
+        expected.closeOnStart = c.switches[0] == '1';
+        expected.autoStart = c.switches[1] == '1';
+        expected.allowStartOnError = c.switches[2] == '1';
+        expected.browserEmulation = c.switches[3] == '1';
+        expected.title = c.title;
+        expected.runArgs = c.runArgs;
         EXPECT_TRUE(readPatcherSettingsFile(test::bytesOf(c.ini)) == expected) << '"' << c.ini << '"';
     }
 }
