@@ -11,6 +11,7 @@ packages=(
     libbenchmark-dev zlib1g-dev     # benchmarks (zlib is a yardstick there and a reference in tests only)
     clang libclang-rt-14-dev        # libFuzzer with the sanitizers
     python3 zip p7zip-full libarchive-tools   # test fixtures: archives from several real archivers
+    libjpeg-turbo-progs             # cjpeg, for the JPEG fixtures of scripts/make-image-fixtures.py
 )
 
 missing=()
