@@ -226,17 +226,23 @@ bool unfilterRow(int filter, uint8_t* row, const uint8_t* prior, size_t length, 
     }
 }
 
+// Sample x of a row of one-sample pixels of up to 8 bits (grey or palette index), packed from the high bit.
+uint32_t packedSample(const uint8_t* row, uint32_t x, int depth) {
+    const size_t bit = size_t(x) * size_t(depth);
+    const unsigned shift = unsigned(8 - depth - int(bit % 8));
+    return (row[bit / 8] >> shift) & ((1u << depth) - 1);
+}
+
 // One pixel of a reconstructed row as premultiplied ARGB. 16-bit samples keep their high byte.
+// Palette indexes have been checked against the palette by the caller.
 uint32_t pngPixel(const PngChunks& png, const uint8_t* row, uint32_t x) {
     const PngHeader& h = png.header;
+    if (h.colourType == 3) {
+        const uint32_t c = png.palette[packedSample(row, x, h.depth)];
+        return argb(c >> 16 & 0xFF, c >> 8 & 0xFF, c & 0xFF, c >> 24);
+    }
     if (h.depth < 8) {
-        const size_t bit = size_t(x) * size_t(h.depth);
-        const unsigned shift = unsigned(8 - h.depth - int(bit % 8));
-        const uint32_t value = (row[bit / 8] >> shift) & ((1u << h.depth) - 1);
-        if (h.colourType == 3) {
-            const uint32_t c = png.palette[value]; // bounds were checked by the caller
-            return argb(c >> 16 & 0xFF, c >> 8 & 0xFF, c & 0xFF, c >> 24);
-        }
+        const uint32_t value = packedSample(row, x, h.depth);
         if (png.hasTransparentKey && value == png.keyR) return 0;
         const uint32_t grey = value * 255 / ((1u << h.depth) - 1);
         return argb(grey, grey, grey, 255);
@@ -257,10 +263,6 @@ uint32_t pngPixel(const PngChunks& png, const uint8_t* row, uint32_t x) {
         const uint32_t r = sample(0), g = sample(1), b = sample(2);
         if (png.hasTransparentKey && r == png.keyR && g == png.keyG && b == png.keyB) return 0;
         return argb(high(r), high(g), high(b), 255);
-    }
-    case 3: {
-        const uint32_t c = png.palette[p[0]];
-        return argb(c >> 16 & 0xFF, c >> 8 & 0xFF, c & 0xFF, c >> 24);
     }
     case 4:
         return argb(high(sample(0)), high(sample(0)), high(sample(0)), high(sample(1)));
@@ -342,12 +344,7 @@ bool decodePng(const uint8_t* data, size_t size, DecodedImage& image) {
             if (!unfilterRow(cursor[0], row, prior, length, step)) return false;
             uint32_t* out = image.pixels.data() + size_t(pass.y0 + r * pass.dy) * h.width;
             for (uint32_t x = 0; x < w; ++x) {
-                if (checkIndex) {
-                    const size_t bit = size_t(x) * size_t(h.depth);
-                    const unsigned index =
-                        (row[bit / 8] >> (8 - h.depth - int(bit % 8))) & ((1u << h.depth) - 1);
-                    if (index >= png.paletteSize) return false;
-                }
+                if (checkIndex && packedSample(row, x, h.depth) >= png.paletteSize) return false;
                 out[pass.x0 + x * pass.dx] = pngPixel(png, row, x);
             }
             prior = row;
