@@ -101,7 +101,8 @@ int construct(Huffman& h, const uint8_t* lengths, int n) {
     return left;
 }
 
-// True for the one incomplete code RFC 1951 permits in practice: a single symbol coded with one bit.
+// True for the one incomplete code accepted: a single symbol coded with one bit. RFC 1951 3.2.7 has a lone
+// distance code sent that way; the same shape of literal/length code (end of block alone) is accepted too.
 bool isSingleOneBitCode(const Huffman& h, int n) {
     return h.count[1] == 1 && h.count[0] == n - 1;
 }
@@ -153,7 +154,7 @@ void codes(State& s, const Huffman& litLen, const Huffman& dist) {
         if (symbol >= 30) fail(L"Deflate mesafe kodu gecersiz.");
         size_t distance = kDistBase[symbol] + bits(s, kDistExtra[symbol]);
 
-        // Checked in the order the pair was read: the distance belongs to the pair, the room to the output.
+        // A pair that both reaches too far and overflows the output is reported for its distance.
         if (distance > s.out.size()) fail(L"Deflate mesafesi cok uzak.");
         ensureRoom(s, length);
         // Byte by byte: the source may overlap what this copy writes (distance < length repeats a pattern).
@@ -230,9 +231,8 @@ void dynamic(State& s) {
 
     if (lengths[256] == 0) fail(L"Deflate blok sonu kodu yok.");
 
-    // Over-subscribed codes are ambiguous; incomplete ones leave bit patterns that mean nothing. The one
-    // exception is a code of a single one-bit symbol, which an encoder writes when a block uses only one
-    // symbol.
+    // Over-subscribed codes are ambiguous and incomplete ones leave bit patterns that mean nothing, apart
+    // from the single one-bit code.
     Huffman litLen;
     int left = construct(litLen, lengths, nlen);
     if (left < 0 || (left > 0 && !isSingleOneBitCode(litLen, nlen))) fail(L"Deflate uzunluk kodlari bozuk.");
