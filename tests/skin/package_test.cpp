@@ -10,11 +10,14 @@ namespace nv {
 namespace {
 
 void put32(Bytes& b, size_t at, uint32_t v) {
-    for (int i = 0; i < 4; ++i) b[at + i] = uint8_t(v >> (8 * i));
+    for (int i = 0; i < 4; ++i)
+        b[at + i] = uint8_t(v >> (8 * i));
 }
 
 // Recomputes the trailing checksum so that a deliberately changed header reaches the later checks.
-void reseal(Bytes& b) { put32(b, b.size() - 4, Crc32::of(b.data(), b.size() - 4)); }
+void reseal(Bytes& b) {
+    put32(b, b.size() - 4, Crc32::of(b.data(), b.size() - 4));
+}
 
 std::wstring readError(const Bytes& b) {
     SkinFileSet out;
@@ -102,7 +105,8 @@ TEST(SkinPackage, HeaderChecksInOrder) {
 TEST(SkinPackage, CountMustMatchTheEntriesPresent) {
     // 4096 entries are accepted.
     SkinFileSet many;
-    for (int i = 0; i < 4096; ++i) many.entries.push_back({std::to_string(i) + ".txt", Bytes{uint8_t(i)}});
+    for (int i = 0; i < 4096; ++i)
+        many.entries.push_back({std::to_string(i) + ".txt", Bytes{uint8_t(i)}});
     Bytes b = writeSkinPackage(many);
     SkinFileSet out;
     EXPECT_TRUE(readSkinPackage(b.data(), b.size(), out));
@@ -139,7 +143,8 @@ TEST(SkinPackage, EntryLengthsMayNotReachIntoTheChecksum) {
     };
     for (const Case& c : cases) {
         Bytes b = good;
-        for (int i = 0; i < c.width; ++i) b[c.at + i] = uint8_t(c.value >> (8 * i));
+        for (int i = 0; i < c.width; ++i)
+            b[c.at + i] = uint8_t(c.value >> (8 * i));
         reseal(b);
         EXPECT_EQ(readError(b), L"Skin paketi bozuk.") << "field at " << c.at;
     }
