@@ -25,7 +25,6 @@ TEST(Xml, ReportsEachErrorWithItsLine) {
         {"<?xml version='1.0'?>\n<!-- yorum -->", L"Kok eleman yok (satir 2)"},
         {"<?xml version='1.0'?>\n<!-- yorum -->\n", L"Kok eleman yok (satir 3)"},
         {"<a/>\n\n<b/>", L"Birden fazla kok eleman (satir 3)"},
-        {"\xEF\xBB\xBF<a/>", L"Beklenmeyen metin (satir 1)"},
         {"<a/>\nmetin", L"Beklenmeyen metin (satir 2)"},
         {"<a/>\n<?pi\n", L"Kapanmamis yapi (satir 2)"},
         {"<!DOCTYPE a\n", L"Kapanmamis yapi (satir 1)"},
@@ -151,6 +150,18 @@ TEST(Xml, ReadsOnlyTheGivenBytesAndEmptiesTheDocumentOnFailure) {
     ASSERT_TRUE(parseXml("<a/>junk", 4, document));
     EXPECT_EQ(document.root.name, "a");
     EXPECT_FALSE(parseXml(nullptr, 0, document));
+}
+
+TEST(Xml, SkipsAUtf8ByteOrderMarkButKeepsPositionsInTheWholeText) {
+    const std::string text = "\xEF\xBB\xBF<urls remoteConfigPath=\"a\"/>";
+    XmlDocument document;
+    ASSERT_TRUE(parseXml(text, document));
+    EXPECT_EQ(document.root.tagBegin, 3u);
+    const XmlAttribute& value = document.root.attributes.at(0);
+    EXPECT_EQ(text.substr(value.valueBegin, value.valueEnd - value.valueBegin), "a");
+    std::wstring error;
+    EXPECT_FALSE(parseXml("\xEF\xBB<a/>", document, &error)) << "only the whole mark is skipped";
+    EXPECT_EQ(error, L"Beklenmeyen metin (satir 1)");
 }
 
 TEST(Xml, EscapesAttributesAndTextForOutput) {
