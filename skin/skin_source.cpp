@@ -2,6 +2,7 @@
 
 #include "core/files.h"
 #include "core/text.h"
+#include "readers/zip_reader.h"
 
 namespace nv {
 
@@ -17,6 +18,8 @@ bool readSkinSource(const std::wstring& path, SkinFileSet& set, std::wstring& me
         if (note) *note = firstFailure;
         return true;
     }
+    if (endsWithIgnoreCase(std::wstring_view(path), std::wstring_view(L".zip")))
+        return readZipSkin(set, path, &message, added);
     message = L"Zip dosyası ya da klasör bırakın.";
     return false;
 }
