@@ -57,6 +57,31 @@ PY
 check "list shows size, CRC and name of each accepted file" [ $? -eq 0 ]
 [ -s "$work/listcheck" ] && cat "$work/listcheck"
 
+# pack from a zip: the same skin wrapped in a top folder, with the litter archivers and other systems add. The
+# zip's package lists the same files as the folder's (without the Turkish name, which Info-ZIP stores unflagged
+# and which therefore reads as code page 437).
+zipped="$work/zipped"
+mkdir -p "$zipped/Skin Kaynak/img" "$zipped/__MACOSX/Skin Kaynak"
+cp "$src/Skin.XML" "$src/Main.PNG" "$src/empty.txt" "$src/readme.md" "$src/Thumbs.db" "$src/.DS_Store" \
+    "$zipped/Skin Kaynak/"
+printf 'fork' >"$zipped/__MACOSX/Skin Kaynak/._Skin.XML"
+printf 'fork' >"$zipped/__MACOSX/Skin Kaynak/Main.PNG"
+(cd "$zipped" && zip -r -q -X "$work/Skin.ZIP" "Skin Kaynak" __MACOSX)
+nv pack "$(winpath "$work/Skin.ZIP")" "$(winpath "$work/zip.nvsk")" >"$work/out" 2>"$work/err"
+check "pack from a zip exits 0" [ $? -eq 0 ]
+check "... and notes nothing" [ ! -s "$work/err" ]
+nv list "$(winpath "$work/zip.nvsk")" >"$work/ziplist" 2>"$work/err"
+check "list of the zip's package exits 0" [ $? -eq 0 ]
+tr -d '\r' <"$work/list" | grep -v "$(printf '\xc5\x9e')erit.png" | sort >"$work/list.folder"
+tr -d '\r' <"$work/ziplist" | sort >"$work/list.zip"
+check "the zip's package holds the folder's files" cmp -s "$work/list.folder" "$work/list.zip"
+cmp -s "$work/list.folder" "$work/list.zip" || diff "$work/list.folder" "$work/list.zip"
+head -c 100 "$work/Skin.ZIP" >"$work/cut.zip"
+nv pack "$(winpath "$work/cut.zip")" "$(winpath "$work/cut.nvsk")" >"$work/out" 2>"$work/err"
+check "a cut zip exits 1" [ $? -eq 1 ]
+check "... with the zip reader's message" grep -qx "Gecersiz zip dosyasi (dizin sonu yok)." "$work/err"
+check "... and writes nothing" [ ! -e "$work/cut.nvsk" ]
+
 # unpack: the same bytes under the set names.
 nv unpack "$(winpath "$work/skin.nvsk")" "$(winpath "$work/unpacked/deeper")" >"$work/out" 2>"$work/err"
 check "unpack exits 0" [ $? -eq 0 ]
