@@ -8,32 +8,31 @@
 
 #include <filesystem>
 #include <functional>
+#include <initializer_list>
 #include <map>
+#include <utility>
 
 namespace nv {
 namespace {
 
 // ---- A tiny zip writer
-// ---------------------------------------------------------------------------------------
 
+// Overwrites (put) or appends (fields) little-endian values; fields takes {value, width in bytes} pairs.
+void put(Bytes& b, size_t at, uint32_t v, int width) {
+    for (int i = 0; i < width; ++i)
+        b[at + i] = uint8_t(v >> (8 * i));
+}
 void put16(Bytes& b, size_t at, uint32_t v) {
-    b[at] = uint8_t(v);
-    b[at + 1] = uint8_t(v >> 8);
+    put(b, at, v, 2);
 }
 void put32(Bytes& b, size_t at, uint32_t v) {
-    put16(b, at, v & 0xFFFF);
-    put16(b, at + 2, v >> 16);
+    put(b, at, v, 4);
 }
-void append16(Bytes& b, uint32_t v) {
-    b.resize(b.size() + 2);
-    put16(b, b.size() - 2, v);
-}
-void append32(Bytes& b, uint32_t v) {
-    b.resize(b.size() + 4);
-    put32(b, b.size() - 4, v);
-}
-void append(Bytes& b, std::string_view s) {
-    b.insert(b.end(), s.begin(), s.end());
+void fields(Bytes& b, std::initializer_list<std::pair<uint32_t, int>> list) {
+    for (auto [value, width] : list) {
+        b.resize(b.size() + width);
+        put(b, b.size() - width, value, width);
+    }
 }
 
 // One fixed-Huffman Deflate block of literals only: real compressed data, small enough to write by hand.
@@ -84,58 +83,58 @@ struct Layout {
 Bytes writeZip(const std::vector<Entry>& entries, Layout* layout = nullptr, std::string_view comment = {}) {
     Bytes zip, directory;
     Layout where;
-    std::vector<size_t> centralInDirectory;
     for (const Entry& e : entries) {
         const Bytes packed = e.method == 8 ? deflateLiterals(e.data) : test::bytesOf(e.data);
         const uint32_t crc = Crc32::of(e.data.data(), e.data.size());
-        const size_t local = zip.size();
-        append32(zip, 0x04034b50);
-        append16(zip, 20);
-        append16(zip, e.flags);
-        append16(zip, e.method);
-        append32(zip, 0); // time and date
-        append32(zip, crc);
-        append32(zip, uint32_t(packed.size()));
-        append32(zip, uint32_t(e.data.size()));
-        append16(zip, uint32_t(e.name.size()));
-        append16(zip, 0);
-        append(zip, e.name);
+        const uint32_t name = uint32_t(e.name.size()), local = uint32_t(zip.size());
+        // Version, flags, method, time and date, CRC, sizes, name length, extra length.
+        fields(zip, {{0x04034b50, 4},
+                     {20, 2},
+                     {e.flags, 2},
+                     {e.method, 2},
+                     {0, 4},
+                     {crc, 4},
+                     {uint32_t(packed.size()), 4},
+                     {uint32_t(e.data.size()), 4},
+                     {name, 2},
+                     {0, 2}});
+        zip.insert(zip.end(), e.name.begin(), e.name.end());
         where.local.push_back(local);
         where.data.push_back(zip.size());
         zip.insert(zip.end(), packed.begin(), packed.end());
-
-        centralInDirectory.push_back(directory.size());
-        append32(directory, 0x02014b50);
-        append16(directory, 20);
-        append16(directory, 20);
-        append16(directory, e.flags);
-        append16(directory, e.method);
-        append32(directory, 0);
-        append32(directory, crc);
-        append32(directory, uint32_t(packed.size()));
-        append32(directory, uint32_t(e.data.size()));
-        append16(directory, uint32_t(e.name.size()));
-        append16(directory, 0); // extra
-        append16(directory, 0); // comment
-        append16(directory, 0); // disk
-        append16(directory, 0); // internal attributes
-        append32(directory, 0); // external attributes
-        append32(directory, uint32_t(local));
-        append(directory, e.name);
+        // The same, with the version made by first, then comment length, disk, attributes, local offset.
+        where.central.push_back(directory.size());
+        fields(directory, {{0x02014b50, 4},
+                           {20, 2},
+                           {20, 2},
+                           {e.flags, 2},
+                           {e.method, 2},
+                           {0, 4},
+                           {crc, 4},
+                           {uint32_t(packed.size()), 4},
+                           {uint32_t(e.data.size()), 4},
+                           {name, 2},
+                           {0, 2},
+                           {0, 2},
+                           {0, 2},
+                           {0, 2},
+                           {0, 4},
+                           {local, 4}});
+        directory.insert(directory.end(), e.name.begin(), e.name.end());
     }
-    const size_t directoryOffset = zip.size();
-    for (size_t at : centralInDirectory)
-        where.central.push_back(directoryOffset + at);
+    const uint32_t directoryOffset = uint32_t(zip.size()), count = uint32_t(entries.size());
+    for (size_t& at : where.central)
+        at += directoryOffset;
     zip.insert(zip.end(), directory.begin(), directory.end());
     where.end = zip.size();
-    append32(zip, 0x06054b50);
-    append32(zip, 0); // disk numbers
-    append16(zip, uint32_t(entries.size()));
-    append16(zip, uint32_t(entries.size()));
-    append32(zip, uint32_t(directory.size()));
-    append32(zip, uint32_t(directoryOffset));
-    append16(zip, uint32_t(comment.size()));
-    append(zip, comment);
+    fields(zip, {{0x06054b50, 4},
+                 {0, 4},
+                 {count, 2},
+                 {count, 2},
+                 {uint32_t(directory.size()), 4},
+                 {directoryOffset, 4},
+                 {uint32_t(comment.size()), 2}});
+    zip.insert(zip.end(), comment.begin(), comment.end());
     if (layout) *layout = where;
     return zip;
 }
@@ -161,7 +160,6 @@ ReadResult readZip(const Bytes& zip, SkinFileSet set = {}) {
 using Names = std::vector<std::string>;
 
 // ---- Archives from real archivers
-// --------------------------------------------------------------------------
 
 TEST(ZipReader, ReadsTheSkinFromEveryArchiver) {
     const std::wstring folder = pathJoin(test::testDataDir(), L"zips");
@@ -225,7 +223,6 @@ TEST(ZipReader, MissingOrOversizedArchiveIsNotRead) {
 }
 
 // ---- Names
-// --------------------------------------------------------------------------------------------------
 
 TEST(ZipReader, EntriesThatAreNeverUsedAreSkippedBeforeAnyCheck) {
     // Every one of these would fail every later check, so a skip that comes too late shows as an error.
@@ -314,7 +311,6 @@ TEST(ZipReader, LaterEntriesReplaceEarlierOnesAndExistingEntriesStay) {
 }
 
 // ---- The end record
-// ------------------------------------------------------------------------------------------
 
 TEST(ZipReader, FindsTheEndRecordBehindAComment) {
     const std::vector<Entry> entries = {{"skin.xml", "<skin/>"}};
@@ -334,7 +330,6 @@ TEST(ZipReader, FindsTheEndRecordBehindAComment) {
 }
 
 // ---- Damaged archives
-// ---------------------------------------------------------------------------------------
 
 TEST(ZipReader, DamageIsReportedAndEarlierEntriesStay) {
     // 0 a folder, 1 a stored picture, 2 a stored target, 3 a deflated target.
@@ -346,10 +341,10 @@ TEST(ZipReader, DamageIsReportedAndEarlierEntriesStay) {
     };
     Layout at;
     const Bytes good = writeZip(entries, &at);
-    ASSERT_EQ(readZip(good).order, (Names{"a.png", "skin.xml", "logo.gif"}));
     const size_t c2 = at.central[2], c3 = at.central[3], end = at.end;
-    const Names none, first{"a.png"}, two{"a.png", "skin.xml"};
+    const Names none, first{"a.png"}, two{"a.png", "skin.xml"}, all{"a.png", "skin.xml", "logo.gif"};
     const std::wstring xml = L"MySkin/skin.xml", gif = L"MySkin/logo.gif";
+    ASSERT_EQ(readZip(good).order, all);
 
     const struct {
         const char* what;
@@ -359,16 +354,13 @@ TEST(ZipReader, DamageIsReportedAndEarlierEntriesStay) {
     } cases[] = {
         {"21 bytes", [](Bytes& b) { b.assign(21, 0); }, L"Gecersiz zip dosyasi.", none},
         {"22 zero bytes", [](Bytes& b) { b.assign(22, 0); }, L"Gecersiz zip dosyasi (dizin sonu yok).", none},
-        {"no end record", [&](Bytes& b) { b.resize(end); }, L"Gecersiz zip dosyasi (dizin sonu yok).", none},
         {"zip64 count", [&](Bytes& b) { put16(b, end + 10, 0xFFFF); }, L"Zip64 desteklenmiyor.", none},
         {"zip64 offset", [&](Bytes& b) { put32(b, end + 16, 0xFFFFFFFF); }, L"Zip64 desteklenmiyor.", none},
         {"directory one byte past the end",
          [&](Bytes& b) { put32(b, end + 12, uint32_t(b.size() - at.central[0] + 1)); }, L"Zip dizini bozuk.",
          none},
         {"directory up to the very end",
-         [&](Bytes& b) { put32(b, end + 12, uint32_t(b.size() - at.central[0])); },
-         L"",
-         {"a.png", "skin.xml", "logo.gif"}},
+         [&](Bytes& b) { put32(b, end + 12, uint32_t(b.size() - at.central[0])); }, L"", all},
         {"offset + size wraps in 32 bits", // with no headers to walk, only the sum can refuse it
          [&](Bytes& b) {
              put16(b, end + 10, 0);
@@ -382,10 +374,8 @@ TEST(ZipReader, DamageIsReportedAndEarlierEntriesStay) {
              put32(b, end + 12, 0);
          },
          L"Zip dizini bozuk.", none},
-        {"count larger than the directory",
-         [&](Bytes& b) { put16(b, end + 10, 5); },
-         L"Zip dizini bozuk.",
-         {"a.png", "skin.xml", "logo.gif"}},
+        {"count larger than the directory", [&](Bytes& b) { put16(b, end + 10, 5); }, L"Zip dizini bozuk.",
+         all},
         {"central signature", [&](Bytes& b) { b[c2] = 'X'; }, L"Zip dizini bozuk.", first},
         {"name past the end", [&](Bytes& b) { put16(b, c2 + 28, 0xFFFF); }, L"Zip dizini bozuk.", first},
         {"encrypted", [&](Bytes& b) { put16(b, c2 + 8, 0x0001); }, L"Sifreli zip desteklenmiyor.", first},
@@ -427,13 +417,10 @@ TEST(ZipReader, DamageIsReportedAndEarlierEntriesStay) {
         {"method 12", [&](Bytes& b) { put16(b, c2 + 10, 12); },
          L"Desteklenmeyen zip sikistirma yontemi: " + xml, first},
         {"stored CRC", [&](Bytes& b) { b[c2 + 16] ^= 1; }, L"Zip CRC hatasi: " + xml, first},
-        {"stored byte", [&](Bytes& b) { b[at.data[2] + 3] ^= 0x20; }, L"Zip CRC hatasi: " + xml, first},
         {"deflate block type", [&](Bytes& b) { b[at.data[3]] |= 0x07; },
          gif + L": Gecersiz deflate blok turu.", two},
         {"deflate shorter than declared", [&](Bytes& b) { put32(b, c3 + 24, 27); },
          gif + L": Deflate cikti boyutu uyusmuyor.", two},
-        {"deflate longer than declared", [&](Bytes& b) { put32(b, c3 + 24, 25); },
-         gif + L": Deflate ciktisi beklenen boyutu asti.", two},
         {"deflate CRC", [&](Bytes& b) { b[c3 + 19] ^= 0x80; }, L"Zip CRC hatasi: " + gif, two},
     };
     for (const auto& c : cases) {
