@@ -18,3 +18,13 @@ echo "$out/sample.nvsk ($(stat -c %s "$out/sample.nvsk") bayt)"
 
 step "Paketin içeriği (boyut, CRC-32, ad)"
 nvbuild list "$(winpath "$out/sample.nvsk")"
+
+step "Skinin özeti (önizlemenin yüklediği gibi)"
+nvbuild inspect "$(winpath "$sample")"
+
+step "Oluşturmanın gömeceği paket, operatörün düzenlemeleriyle"
+nvbuild compose "$(winpath "$sample")" "$(winpath "$out/composed.nvsk")" \
+    --config-url https://patch.kaldra.example/launcher/config.xml --title "Kaldra Online" --conn 6 --seg 8 \
+    --link URL_SITE=https://www.kaldra.example/
+nvbuild inspect "$(winpath "$out/composed.nvsk")" --json >"$out/composed.json"
+echo "$out/composed.nvsk ($(stat -c %s "$out/composed.nvsk") bayt); özet: $out/composed.json"

@@ -1,0 +1,117 @@
+#!/usr/bin/env bash
+# End-to-end test of nvbuild inspect and compose on the sample skin and on hostile copies of it.
+# cli_skin_e2e.sh NVBUILD SAMPLE_SKIN [RUNNER]   (RUNNER: the Wine runner for nvbuild.exe; paths go as Z:\...)
+set -u
+nvbuild=$1
+sample=$2
+runner=${3:-}
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+failures=0
+
+winpath() { if [ -n "$runner" ]; then printf 'Z:%s' "${1//\//\\}"; else printf '%s' "$1"; fi; }
+nv() { $runner "$nvbuild" "$@"; }
+check() {
+    local what=$1
+    shift
+    if "$@"; then echo "ok   $what"; else echo "FAIL $what"; failures=$((failures + 1)); fi
+}
+# json_check FILE PYTHON_EXPRESSION: the expression over the parsed object j must be true.
+json_check() { python3 -c "import json,sys; j=json.load(open(sys.argv[1],encoding='utf-8')); sys.exit(0 if ($2) else 1)" "$1"; }
+# A copy of the sample to spoil.
+copy_sample() { rm -rf "$work/$1"; cp -r "$sample" "$work/$1"; }
+
+# --- inspect: the sample as the preview loads it -------------------------------------------------------------
+nv inspect "$(winpath "$sample")" --json >"$work/sample.json" 2>"$work/err"
+check "inspect of the sample exits 0" [ $? -eq 0 ]
+check "inspect --json prints valid JSON" json_check "$work/sample.json" True
+check "... with the window size of bg.png and a transparent window" \
+    json_check "$work/sample.json" "j['ok'] and (j['width'], j['height']) == (920, 580) and j['transparent']"
+check "... the companion files and addresses" json_check "$work/sample.json" \
+    "j['addressFile'] == 'fernwick.url.xml' and j['localeFile'] == 'fernwick.locale.xml' and j['skinFile'] == 'skin.xml' and j['remoteConfigPath'].startswith('https://patch.kaldra.example/') and j['feedRefresh'] == 60"
+check "... every control kind, no warnings" json_check "$work/sample.json" \
+    "{c['kind'] for c in j['controls']} == {'button','text','gauge','iframe','image'} and j['warnings'] == []"
+check "... links resolved through the locale file" json_check "$work/sample.json" \
+    "[c['link'] for c in j['controls'] if c['id'] == 'URL_SUPPORT'] == ['https://destek.kaldra.example/']"
+check "... button state images and colours" json_check "$work/sample.json" \
+    "all(c['images']['up'] and c['images']['disabled'] for c in j['controls'] if c['kind'] == 'button') and [c['color'] for c in j['controls'] if c['id'] == 'FEED_STATUS'] == ['#FF7DF0A6']"
+check "... the settings of norvane.ini" json_check "$work/sample.json" "j['settings']['title'] == 'Kaldra Online'"
+
+nv inspect "$(winpath "$sample")" >"$work/sample.txt" 2>"$work/err"
+check "inspect as text exits 0" [ $? -eq 0 ]
+check "... shows the size, the window kind and that nothing is missing" \
+    sh -c "grep -q '^BOYUT: 920 x 580 px' '$work/sample.txt' && grep -q '^PENCERE: Saydam' '$work/sample.txt' && grep -q 'Tüm görseller bulundu; skin sorunsuz.' '$work/sample.txt'"
+
+# --- hostile skins ------------------------------------------------------------------------------------------
+copy_sample nobg
+rm "$work/nobg/bg.png"
+nv inspect "$(winpath "$work/nobg")" >"$work/out" 2>"$work/err"
+check "a skin without its background exits 1" [ $? -eq 1 ]
+check "... with the loader's words" grep -q "Düzenleme mevcut değil. (arka plan görseli yok: bg)" "$work/out"
+
+copy_sample noaddress
+rm "$work/noaddress/Fernwick.url.xml"
+nv inspect "$(winpath "$work/noaddress")" --json >"$work/out.json" 2>"$work/err"
+check "a skin without its address file exits 1" [ $? -eq 1 ]
+check "... and says so in valid JSON" json_check "$work/out.json" \
+    "not j['ok'] and j['warnings'] == ['Skin içinde Fernwick.url.xml yok.']"
+
+copy_sample brokenxml
+printf '<skin background_image="bg">\n<control type="text">\n</skin>\n' >"$work/brokenxml/skin.xml"
+nv inspect "$(winpath "$work/brokenxml")" >"$work/out" 2>"$work/err"
+check "broken skin.xml exits 1 with the parser's message and line" \
+    sh -c "[ $? -eq 1 ] && grep -q 'skin.xml okunamadı: Kapanis etiketi uyusmuyor (satir 3)' '$work/out'"
+
+copy_sample absurd
+printf '<skin background_image="bg" feed_refresh="99999999999999">\n<control type="text" id="T" size="-4000000000" x="-99999" color="#GGGGGG" shadow="" align="nowhere" text="&#x110000; &amp;"/>\n<control type="button" id="B" image="../../etc/passwd"/>\n<control type="gauge" id="G" image_full="" w="-5"/>\n<control type="warp" id="W"/>\n</skin>\n' >"$work/absurd/skin.xml"
+nv inspect "$(winpath "$work/absurd")" --json >"$work/out.json" 2>"$work/err"
+check "absurd attributes still load (exit 0)" [ $? -eq 0 ]
+check "... clamped and defaulted" json_check "$work/out.json" \
+    "j['feedRefresh'] == 60 and j['controls'][0]['size'] == 12 and j['controls'][0]['x'] == -99999 and j['controls'][0]['color'] == '#FFFFFFFF' and not j['controls'][0]['shadow'] and j['controls'][0]['align'] == 'left' and j['controls'][3]['kind'] == 'unknown'"
+check "... with a warning for each missing picture" json_check "$work/out.json" \
+    "j['warnings'] == ['Buton görseli yok: ../../etc/passwd_up', 'Gauge görseli yok: ']"
+
+printf 'this is not a zip archive, only text' >"$work/fake.zip"
+nv inspect "$(winpath "$work/fake.zip")" >"$work/out" 2>"$work/err"
+check "a damaged zip exits 1 with the reader's message" sh -c "[ $? -eq 1 ] && grep -qx 'Gecersiz zip dosyasi (dizin sonu yok).' '$work/err'"
+
+# --- compose: the package a build would embed ---------------------------------------------------------------
+nv compose "$(winpath "$sample")" "$(winpath "$work/plain.nvsk")" >"$work/out" 2>"$work/err"
+check "compose of the sample without edits exits 0 and warns of nothing" sh -c "[ $? -eq 0 ] && [ ! -s '$work/err' ]"
+nv unpack "$(winpath "$work/plain.nvsk")" "$(winpath "$work/plain")" >/dev/null 2>&1
+check "... keeps skin.xml byte for byte" cmp -s "$sample/skin.xml" "$work/plain/skin.xml"
+check "... keeps the address file byte for byte" cmp -s "$sample/Fernwick.url.xml" "$work/plain/fernwick.url.xml"
+check "... keeps the locale file byte for byte" cmp -s "$sample/Fernwick.locale.xml" "$work/plain/fernwick.locale.xml"
+check "... and carries every picture" cmp -s "$sample/bg.png" "$work/plain/bg.png"
+
+nv compose "$(winpath "$sample")" "$(winpath "$work/edited.nvsk")" --config-url 'https://yeni.example/cfg.xml?a=1&b=2' \
+    --news-url https://yeni.example/haber --feed-url https://yeni.example/feed --title 'Kaldra Türkiye' --conn 6 --seg 16 \
+    --close-on-start 0 --auto-start 1 --allow-error 1 --browser-emu 0 --run-args '-fullscreen "x"' \
+    --link 'url_site=https://site.example/"q"' --link URL_SUPPORT=https://yardim.example/ >"$work/out" 2>"$work/err"
+check "compose with every edit exits 0" [ $? -eq 0 ]
+nv unpack "$(winpath "$work/edited.nvsk")" "$(winpath "$work/edited")" >/dev/null 2>&1
+check "... writes norvane.ini whole from the edits" cmp -s "$work/edited/norvane.ini" <(printf '; Norvane ayarlari (yapici tarafindan yazilir)\r\n[patcher]\r\ntitle=Kaldra Türkiye\r\nconnections=6\r\nsegment_mb=16\r\nclose_on_start=0\r\nauto_start=1\r\nallow_start_on_error=1\r\nbrowser_emulation=0\r\nrun_args=-fullscreen "x"\r\n')
+check "... sets the server address, escaped" grep -q 'remoteConfigPath="https://yeni.example/cfg.xml?a=1&amp;b=2"' "$work/edited/fernwick.url.xml"
+check "... sets the feed address" grep -q 'feed_url="https://yeni.example/feed"' "$work/edited/skin.xml"
+check "... sets a literal link, escaped" grep -q 'link_url="https://site.example/&quot;q&quot;"' "$work/edited/skin.xml"
+check "... writes a locale-key link back under its key" \
+    grep -q '<string key="URL_SUPPORT">https://yardim.example/</string>' "$work/edited/fernwick.locale.xml"
+check "... and the news address under both news keys" sh -c \
+    "grep -q 'LAUNCHER_IFRAME\">https://yeni.example/haber<' '$work/edited/fernwick.locale.xml' && grep -q 'LAUNCHER_NEW_URL\">https://yeni.example/haber<' '$work/edited/fernwick.locale.xml'"
+nv inspect "$(winpath "$work/edited.nvsk")" --json >"$work/edited.json" 2>"$work/err"
+check "the composed package inspects clean" json_check "$work/edited.json" \
+    "j['ok'] and j['warnings'] == [] and j['settings']['connections'] == 6 and j['remoteConfigPath'] == 'https://yeni.example/cfg.xml?a=1&b=2'"
+
+nv compose "$(winpath "$work/nobg")" "$(winpath "$work/nobg.nvsk")" >"$work/out" 2>"$work/err"
+check "compose of a skin that cannot load exits 1" [ $? -eq 1 ]
+check "... with the loader's message and no package" \
+    sh -c "grep -q 'arka plan görseli yok: bg' '$work/err' && [ ! -e '$work/nobg.nvsk' ]"
+nv compose "$(winpath "$sample")" "$(winpath "$work/x.nvsk")" --link NOPE=https://x/ >"$work/out" 2>"$work/err"
+check "a link for an id without a button exits 1" [ $? -eq 1 ]
+nv compose "$(winpath "$sample")" "$(winpath "$work/x.nvsk")" --conn 9 >"$work/out" 2>"$work/err"
+check "--conn out of range is a usage error (2)" [ $? -eq 2 ]
+nv compose "$(winpath "$sample")" "$(winpath "$work/x.nvsk")" --auto-start maybe >"$work/out" 2>"$work/err"
+check "a switch that is not 0 or 1 is a usage error (2)" [ $? -eq 2 ]
+check "... and nothing was written" [ ! -e "$work/x.nvsk" ]
+
+[ $failures -eq 0 ] || { echo "$failures check(s) failed"; exit 1; }
