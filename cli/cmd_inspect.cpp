@@ -106,8 +106,11 @@ std::wstring controlLine(const SkinControl& c) {
                         orDash(utf8ToWide(c.id)) + L"  " + number(c.x) + L"," + number(c.y) + L"  " +
                         number(c.width) + L"x" + number(c.height);
     if (!c.image.empty()) line += L"  görsel=" + utf8ToWide(c.image);
-    if (!c.linkUrl.empty()) line += L"  bağlantı=" + orDash(c.link) + L" (" + utf8ToWide(c.linkUrl) + L")";
-    else if (!c.link.empty()) line += L"  bağlantı=" + c.link;
+    if (!c.link.empty() || !c.linkUrl.empty()) {
+        line += L"  bağlantı=" + orDash(c.link);
+        // A link_url that names a locale key says which key the address came from.
+        if (!c.linkUrl.empty() && utf8ToWide(c.linkUrl) != c.link) line += L" (" + utf8ToWide(c.linkUrl) + L")";
+    }
     if (!c.execPath.empty()) line += L"  çalıştır=" + c.execPath;
     if (c.kind == ControlKind::Text) {
         line += L"  " + colorText(c.color) + L" " + number(c.size) + L"pt " + c.font;
