@@ -5,8 +5,8 @@ Run from anywhere:  python3 scripts/make-image-fixtures.py
 Needs: Python 3 (zlib and struct only) and `cjpeg` from Debian's libjpeg-turbo-progs for the two JPEG files.
 The output is deterministic; the generated files are committed, so the build never runs this script.
 
-The pixel formulas below are repeated in tests/build/image_test.cpp and tests/build/win32/image_gdiplus_test.cpp,
-which compare every decoded pixel against them: change both together.
+The pixel formulas and the pixels of the small files are repeated in tests/build/image_test.cpp and
+tests/build/win32/image_gdiplus_test.cpp, which compare every decoded pixel against them: change both together.
 """
 
 import os
@@ -44,7 +44,21 @@ def filter_row(kind, row, prior, step):
     return bytes([kind]) + bytes(out)
 
 
-def png(width, height, depth, colour_type, pixel_bytes, step, extra=b'', interlaced=False, filters=(0, 1, 2, 3, 4)):
+def png_file(width, height, depth, colour_type, stream, extra=b'', interlace=0, idat_parts=1):
+    """A PNG around the zlib stream, cut into idat_parts IDAT chunks; extra: chunks between IHDR and the data."""
+    header = struct.pack('>IIBBBBB', width, height, depth, colour_type, 0, 0, interlace)
+    cuts = [len(stream) * i // idat_parts for i in range(idat_parts + 1)]
+    idat = b''.join(chunk(b'IDAT', stream[a:b]) for a, b in zip(cuts, cuts[1:]))
+    return b'\x89PNG\r\n\x1a\n' + chunk(b'IHDR', header) + extra + idat + chunk(b'IEND', b'')
+
+
+def raw_png(width, height, depth, colour_type, scanlines, extra=b'', interlace=0, idat_parts=1):
+    """scanlines: the rows (of each interlace pass in turn), each after its filter byte."""
+    return png_file(width, height, depth, colour_type, zlib.compress(bytes(scanlines), 9), extra, interlace,
+                    idat_parts)
+
+
+def png(width, height, depth, colour_type, pixel_bytes, step, interlaced=False, filters=(0, 1, 2, 3, 4)):
     """pixel_bytes(x, y) gives one pixel's bytes; rows are filtered with the given types in turn."""
     passes = [(0, 0, 8, 8), (4, 0, 8, 8), (0, 4, 4, 8), (2, 0, 4, 4), (0, 2, 2, 4), (1, 0, 2, 2), (0, 1, 1, 2)] \
         if interlaced else [(0, 0, 1, 1)]
@@ -62,9 +76,7 @@ def png(width, height, depth, colour_type, pixel_bytes, step, extra=b'', interla
             raw += filter_row(filters[row_index % len(filters)], row, prior, step)
             prior = row
             row_index += 1
-    header = struct.pack('>IIBBBBB', width, height, depth, colour_type, 0, 0, 1 if interlaced else 0)
-    return (b'\x89PNG\r\n\x1a\n' + chunk(b'IHDR', header) + extra + chunk(b'IDAT', zlib.compress(bytes(raw), 9)) +
-            chunk(b'IEND', b''))
+    return raw_png(width, height, depth, colour_type, raw, interlace=1 if interlaced else 0)
 
 
 def gradient_rgba(x, y):
@@ -83,11 +95,16 @@ def paeth_rgb(x, y):
     return bytes([200 - 6 * x + 3 * y, (x * 29 + y * 7 + x * y * 3) % 256 & 0xF0, 100 + 4 * x - 8 * y])
 
 
-def grey16_alpha(x, y):
-    # 16-bit samples of the form v * 257, whose high byte is also the nearest 8-bit value.
-    grey = (x * 40 + y * 3) % 256
-    alpha = [0, 64, 255, 128][(x + y) % 4]
-    return struct.pack('>HH', grey * 257, alpha * 257)
+# ---- BMP --------------------------------------------------------------------------------------------------------
+
+def bmp(width, height, bit_count, rows, compression=0, masks=(), header_size=40):
+    """An uncompressed BMP: the masks follow a 40-byte header or sit inside a longer one (zero-filled past them);
+    the rows are written exactly as given, padding included."""
+    info = struct.pack('<IiiHHIIiiII', header_size, width, height, 1, bit_count, compression, len(rows), 2835, 2835,
+                       0, 0) + b''.join(struct.pack('<I', mask) for mask in masks)
+    info = info.ljust(header_size, b'\0')
+    offset = 14 + len(info)
+    return b'BM' + struct.pack('<IHHI', offset + len(rows), 0, 0, offset) + info + bytes(rows)
 
 
 # ---- BMP inside ICO ---------------------------------------------------------------------------------------------
@@ -119,10 +136,6 @@ def icon_rgba(x, y):
     if y == 7:
         return (0, 0, 255, 128)
     return (x * 16, y * 16, 200, 255)
-
-
-def icon_rgb(x, y):
-    return (x * 16, 100, y * 16)
 
 
 # ---- GIF --------------------------------------------------------------------------------------------------------
@@ -187,26 +200,78 @@ def quadrants(x, y):
     return [(200, 30, 30), (30, 200, 30), (30, 30, 200), (240, 240, 240)][(x // 8) + 2 * (y // 8)]
 
 
+def with_byte(data, index, value):
+    return data[:index] + bytes([value]) + data[index + 1:]
+
+
+FOUR_COLOURS = chunk(b'PLTE', bytes([255, 0, 0, 0, 255, 0, 0, 0, 255, 255, 255, 255]))
+TWO_COLOURS = chunk(b'PLTE', bytes([255, 0, 0, 0, 255, 0]))
+ROWS24 = [1, 2, 3, 4, 5, 6, 7, 8, 9, 0, 0, 0, 11, 12, 13, 14, 15, 16, 17, 18, 19, 0, 0, 0]  # 3 x 2, padded rows
+ROWS32 = [0, 0, 255, 128, 0, 255, 0, 0]  # a fourth byte of 128 and 0, which GDI+ does not take as alpha
+
+
 def main():
     os.makedirs(OUT, exist_ok=True)
+    stream = zlib.compress(bytes([0, 1, 2]), 9)  # a 2 x 1 grey picture: the filter byte and two pixels
+    idat_crc = png_file(2, 1, 8, 0, stream)
+    two_idat = png_file(2, 1, 8, 0, stream, idat_parts=2)
+    cut = 33 + 12 + len(stream) // 2  # the end of the first IDAT chunk
     files = {
+        # Formulas, real compression, every filter type.
         'gradient_rgba.png': png(16, 12, 8, 6, gradient_rgba, 4),
         'adam7_rgb.png': png(13, 11, 8, 2, adam7_rgb, 3, interlaced=True),
-        'grey16_alpha.png': png(10, 3, 16, 4, grey16_alpha, 4),
         'paeth_rgb.png': png(20, 10, 8, 2, paeth_rgb, 3, filters=(4,)),
+        # One small picture of each pixel kind and layout; the expected pixels are in tests/build/image_test.cpp.
+        'grey4_key.png': raw_png(3, 1, 4, 0, [0, 0x7F, 0x30], chunk(b'tRNS', bytes([0, 3]))),
+        'grey16_key.png': raw_png(2, 1, 16, 0, [0, 0x12, 0x34, 0x12, 0x35], chunk(b'tRNS', bytes([0x12, 0x34]))),
+        'rgb8_key.png': raw_png(2, 1, 8, 2, [0, 10, 20, 30, 10, 20, 31],
+                                chunk(b'tRNS', bytes([0, 10, 0, 20, 0, 30]))),
+        'rgb16.png': raw_png(1, 1, 16, 2, [0, 0xAB, 0xCD, 0x01, 0xFF, 0xFF, 0x00]),
+        'palette2_short_trns.png': raw_png(4, 1, 2, 3, [0, 0b00011011],
+                                           FOUR_COLOURS + chunk(b'tRNS', bytes([0, 128]))),
+        'grey_alpha8.png': raw_png(2, 1, 8, 4, [0, 200, 128, 50, 255]),
+        'rgba16.png': raw_png(1, 1, 16, 6, [0, 0xFF, 0xFF, 0x00, 0x00, 0x80, 0x80, 0xFF, 0xFF]),
+        'rgba8_rounding.png': raw_png(6, 1, 8, 6, [0, 127, 0, 127, 1, 128, 0, 128, 1, 1, 0, 1, 128, 1, 0, 1, 127,
+                                                   200, 0, 200, 192, 255, 0, 255, 0]),
+        'interlaced_1x1.png': raw_png(1, 1, 8, 0, [0, 77], interlace=1),
+        'text_three_idat.png': raw_png(2, 2, 8, 0, [0, 1, 2, 0, 3, 4], chunk(b'tEXt', b'C\0x'), idat_parts=3),
+        'bottom_up_24.bmp': bmp(3, 2, 24, ROWS24),
+        'top_down_v4_24.bmp': bmp(3, -2, 24, ROWS24, header_size=108),
+        'rgb32.bmp': bmp(2, 1, 32, ROWS32),
+        'bitfields_red_low.bmp': bmp(2, 1, 32, ROWS32, 3, (0xFF, 0xFF00, 0xFF0000)),
+        'v5_alpha_mask.bmp': bmp(2, 1, 32, ROWS32, 3, (0xFF0000, 0xFF00, 0xFF, 0xFF000000), 124),
+        # Refused by both decoders.
+        'bad_adler.png': png_file(2, 1, 8, 0, stream[:-1] + bytes([stream[-1] ^ 1])),
+        'bad_filter.png': raw_png(2, 1, 8, 0, [5, 1, 2]),
+        'palette_without_plte.png': raw_png(2, 1, 8, 3, [0, 0, 0]),
+        'too_little_data.png': raw_png(2, 2, 8, 0, [0, 1, 2]),
+        # Refused by the native decoder only: GDI+ tolerates them or reads more kinds of BMP.
+        'bad_idat_crc.png': with_byte(idat_crc, len(idat_crc) - 13, idat_crc[-13] ^ 1),  # IEND takes 12 bytes
+        'palette_index_past_end.png': raw_png(2, 1, 8, 3, [0, 0, 2], TWO_COLOURS),
+        'palette_depth16.png': raw_png(1, 1, 16, 3, [0, 0, 0], TWO_COLOURS),
+        'unknown_critical_chunk.png': raw_png(1, 1, 8, 0, [0, 0], chunk(b'ABCD', b'')),
+        'more_data_than_needed.png': raw_png(1, 1, 8, 0, [0, 0, 0]),
+        # Good Deflate data, but the header's flag asks for a preset dictionary, which PNG does not allow.
+        'preset_dictionary.png': png_file(1, 1, 8, 0, b'\x78\x20' + zlib.compress(bytes(2))[2:]),
+        # The data in two IDAT chunks with a text chunk between them, which PNG does not allow.
+        'idat_after_text.png': two_idat[:cut] + chunk(b'tEXt', b'a\0b') + two_idat[cut:],
+        'huge_header.png': raw_png(8192, 8192, 16, 6, bytes(16)),  # 512 MiB promised by a few bytes
+        'bits16.bmp': bmp(2, 1, 16, [0x1F, 0, 0xE0, 0x03]),
+        'rle.bmp': bmp(2, 1, 24, [2, 0, 0, 1], compression=1),
+        'offset_past_end.bmp': with_byte(bmp(1, 1, 24, [0, 0, 0, 0]), 10, 200),
+        # Zeros compress at close to Deflate's limit of 1032:1, which the native decoder must still allow.
+        'zeros_8192x64.png': raw_png(8192, 64, 16, 6, bytes(64 * (1 + 8192 * 8))),
+        # Formats only GDI+ reads.
         'icon_rgba.ico': ico([(16,) + icon_image(16, [b''.join(bytes(icon_rgba(x, y)) for x in range(16))
                                                       for y in range(16)], [b''] * 16)]),
-        'icon_rgb.ico': ico([(16,) + icon_image(16, [b''.join(bytes(icon_rgb(x, y)) for x in range(16))
-                                                     for y in range(16)], [b''] * 16)]),
         'transparent.gif': gif(5, 3, GIF_PALETTE, [gif_index(x, y) for y in range(3) for x in range(5)], 3),
-        'opaque.gif': gif(5, 3, GIF_PALETTE, [gif_index(x, y) for y in range(3) for x in range(5)]),
         'quadrants.jpg': jpeg(16, 16, quadrants),
         'wide_9000.jpg': jpeg(9000, 8, lambda x, y: (90, 90, 90)),
     }
     for name, data in sorted(files.items()):
         with open(os.path.join(OUT, name), 'wb') as f:
             f.write(data)
-        print('%-20s %6d bytes' % (name, len(data)))
+        print('%-28s %6d bytes' % (name, len(data)))
 
 
 if __name__ == '__main__':

@@ -1,149 +1,63 @@
 #pragma once
-// Small PNG and BMP files built in memory for the image decoder tests. PNG data goes into stored Deflate
-// blocks, so these files need no compressor and are the same on every build.
+// The picture fixtures of scripts/make-image-fixtures.py and the checks that the image decoder tests share.
 
-#include "core/crc32.h"
-#include "core/files.h"
+#include "build/image.h"
 #include "core/paths.h"
+#include "core/text.h"
 #include "tests/support/test_support.h"
 
-#include <cstdint>
-#include <initializer_list>
-#include <string>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
 
 namespace nv::test {
 
-inline void putBe32(Bytes& out, uint32_t v) {
-    for (int shift = 24; shift >= 0; shift -= 8)
-        out.push_back(uint8_t(v >> shift));
+inline const wchar_t* const kUndecodable = L"Gorsel cozulemedi (desteklenen: PNG, JPG, BMP, GIF).";
+
+inline Bytes imageFixture(const char* name) {
+    return readFile(pathJoin(pathJoin(testDataDir(), L"images"), widenAscii(name)));
 }
 
-inline void putLe16(Bytes& out, uint32_t v) {
-    out.push_back(uint8_t(v));
-    out.push_back(uint8_t(v >> 8));
-}
-
-inline void putLe32(Bytes& out, uint32_t v) {
-    putLe16(out, v & 0xFFFF);
-    putLe16(out, v >> 16);
-}
-
-inline Bytes pngChunk(const char* type, const Bytes& body) {
-    // Sized up front: GCC 12 at -O3 misreads a growing vector here as an overflow.
-    Bytes out(12 + body.size());
-    const uint32_t length = uint32_t(body.size());
-    for (int i = 0; i < 4; ++i) {
-        out[size_t(i)] = uint8_t(length >> (24 - 8 * i));
-        out[size_t(4 + i)] = uint8_t(type[i]);
+// Decodes bytes and compares the size, the transparency flag and every pixel (colour channels within
+// tolerance, alpha exactly).
+inline void expectPixels(const char* name, const Bytes& bytes, int width, const std::vector<uint32_t>& pixels,
+                         int tolerance = 0) {
+    SCOPED_TRACE(name);
+    DecodedImage image;
+    std::wstring error;
+    ASSERT_TRUE(decodeImage(bytes.data(), bytes.size(), image, &error)) << error;
+    ASSERT_EQ(std::pair(image.width, image.height), std::pair(width, int(pixels.size()) / width));
+    ASSERT_EQ(image.pixels.size(), pixels.size());
+    bool transparent = false;
+    for (size_t i = 0; i < pixels.size(); ++i) {
+        transparent = transparent || pixels[i] < 0xFF000000;
+        for (int shift = 0; shift < 32; shift += 8)
+            ASSERT_LE(std::abs(int(image.pixels[i] >> shift & 0xFF) - int(pixels[i] >> shift & 0xFF)),
+                      shift < 24 ? tolerance : 0)
+                << "pixel " << i % size_t(width) << ", " << i / size_t(width) << ": " << std::hex
+                << image.pixels[i] << " instead of " << pixels[i];
     }
-    for (size_t i = 0; i < body.size(); ++i)
-        out[8 + i] = body[i];
-    const uint32_t crc = Crc32::of(out.data() + 4, body.size() + 4);
-    for (int i = 0; i < 4; ++i)
-        out[8 + body.size() + size_t(i)] = uint8_t(crc >> (24 - 8 * i));
-    return out;
+    EXPECT_EQ(image.hasTransparency, transparent);
 }
 
-inline uint32_t adler32Of(const Bytes& data) {
-    uint32_t a = 1, b = 0;
-    for (uint8_t byte : data) {
-        a = (a + byte) % 65521;
-        b = (b + a) % 65521;
-    }
-    return b << 16 | a;
+// A fixture drawn by a formula, which the test repeats.
+inline void expectFixture(const char* name, int width, int height, uint32_t (*pixel)(uint32_t x, uint32_t y),
+                          int tolerance = 0) {
+    std::vector<uint32_t> pixels;
+    for (uint32_t i = 0; i < uint32_t(width * height); ++i)
+        pixels.push_back(pixel(i % uint32_t(width), i / uint32_t(width)));
+    expectPixels(name, imageFixture(name), width, pixels, tolerance);
 }
 
-// A zlib stream of stored blocks.
-inline Bytes zlibStored(const Bytes& data) {
-    Bytes out = {0x78, 0x01};
-    size_t pos = 0;
-    do {
-        const size_t n = data.size() - pos < 65535 ? data.size() - pos : 65535;
-        out.push_back(pos + n == data.size() ? 1 : 0);
-        putLe16(out, uint32_t(n));
-        putLe16(out, uint32_t(~n & 0xFFFF));
-        out.insert(out.end(), data.begin() + ptrdiff_t(pos), data.begin() + ptrdiff_t(pos + n));
-        pos += n;
-    } while (pos < data.size());
-    putBe32(out, adler32Of(data));
-    return out;
-}
-
-inline Bytes pngHeaderBody(uint32_t width, uint32_t height, int depth, int colourType, int interlace = 0) {
-    Bytes body;
-    putBe32(body, width);
-    putBe32(body, height);
-    body.insert(body.end(), {uint8_t(depth), uint8_t(colourType), 0, 0, uint8_t(interlace)});
-    return body;
-}
-
-inline Bytes concat(Bytes a, const Bytes& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
-// A PNG whose IDAT chunks hold the given zlib stream, cut into idatParts chunks; extra: chunks placed between
-// IHDR and the first IDAT.
-inline Bytes pngWithStream(uint32_t width, uint32_t height, int depth, int colourType,
-                           const Bytes& zlibStream, const Bytes& extra = {}, int interlace = 0,
-                           size_t idatParts = 1) {
-    Bytes out = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-    out = concat(out, pngChunk("IHDR", pngHeaderBody(width, height, depth, colourType, interlace)));
-    out = concat(out, extra);
-    for (size_t i = 0; i < idatParts; ++i) {
-        const auto from = zlibStream.begin() + ptrdiff_t(zlibStream.size() * i / idatParts);
-        const auto to = zlibStream.begin() + ptrdiff_t(zlibStream.size() * (i + 1) / idatParts);
-        out = concat(out, pngChunk("IDAT", Bytes(from, to)));
-    }
-    return concat(out, pngChunk("IEND", {}));
-}
-
-// scanlines: the filtered rows (of every interlace pass in turn), each with its filter byte.
-inline Bytes pngFile(uint32_t width, uint32_t height, int depth, int colourType, const Bytes& scanlines,
-                     const Bytes& extra = {}, int interlace = 0, size_t idatParts = 1) {
-    return pngWithStream(width, height, depth, colourType, zlibStored(scanlines), extra, interlace,
-                         idatParts);
-}
-
-// An uncompressed BMP: a BITMAPINFOHEADER (or a longer header of headerSize bytes, zero-filled past the
-// masks), the masks after a 40-byte header when given with BI_BITFIELDS, then the rows exactly as passed
-// (padding included).
-inline Bytes bmpFile(int32_t width, int32_t height, int bitCount, const Bytes& rows, uint32_t compression = 0,
-                     std::initializer_list<uint32_t> masks = {}, uint32_t headerSize = 40) {
-    Bytes info;
-    putLe32(info, headerSize);
-    putLe32(info, uint32_t(width));
-    putLe32(info, uint32_t(height));
-    putLe16(info, 1);
-    putLe16(info, uint32_t(bitCount));
-    putLe32(info, compression);
-    putLe32(info, uint32_t(rows.size()));
-    putLe32(info, 2835);
-    putLe32(info, 2835);
-    putLe32(info, 0);
-    putLe32(info, 0);
-    for (uint32_t mask : masks)
-        putLe32(info, mask);
-    if (headerSize > 40 && info.size() < headerSize) info.resize(headerSize, 0);
-
-    Bytes out = {'B', 'M'};
-    const uint32_t offset = uint32_t(14 + info.size());
-    putLe32(out, uint32_t(offset + rows.size()));
-    putLe32(out, 0);
-    putLe32(out, offset);
-    out.insert(out.end(), info.begin(), info.end());
-    out.insert(out.end(), rows.begin(), rows.end());
-    return out;
-}
-
-inline Bytes imageFixture(const wchar_t* name) {
-    return readFile(pathJoin(pathJoin(testDataDir(), L"images"), name));
-}
-
-// Premultiplication as GDI+ does it: c * a / 255, rounded.
-inline uint32_t premultiplied(uint32_t r, uint32_t g, uint32_t b, uint32_t a) {
-    auto scale = [a](uint32_t c) { return (c * a + 127) / 255; };
-    return a << 24 | scale(r) << 16 | scale(g) << 8 | scale(b);
+// Bytes that must be refused with the message, leaving nothing of the picture decoded before.
+inline void expectRefused(const char* name, const Bytes& bytes, const wchar_t* message = kUndecodable) {
+    SCOPED_TRACE(name);
+    DecodedImage image{1, 1, {0xFFFFFFFF}, false};
+    std::wstring error;
+    const uint8_t* data = bytes.empty() ? reinterpret_cast<const uint8_t*>("") : bytes.data(); // never null
+    EXPECT_FALSE(decodeImage(data, bytes.size(), image, &error));
+    EXPECT_EQ(error, message);
+    EXPECT_TRUE(image.empty());
 }
 
 } // namespace nv::test
