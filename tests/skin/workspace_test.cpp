@@ -148,27 +148,28 @@ TEST(SkinWorkspace, EditsChangeOnlyTheValuesConcerned) {
     for (size_t i = 0; i < before.entries.size(); ++i) EXPECT_EQ(ws.files.entries[i].data, before.entries[i].data);
 }
 
-TEST(SkinWorkspace, WithoutFeedControlsTheFeedAddressIsNeverTouched) {
-    SkinFileSet files = sampleFiles();
-    files.putFile("skin.xml", test::bytesOf(replaced(kSkinXml, "FEED_STATUS", "STATUS")));
-    SkinWorkspace ws;
-    std::wstring message;
-    ASSERT_TRUE(ws.loadSkinSet(files, L"t", message));
-    EXPECT_FALSE(ws.hasFeed);
-    ws.feedUrl = L"https://feed.example/";
-    EXPECT_EQ(fileText(compose(ws), "skin.xml"), fileText(files, "skin.xml"));
-}
-
-TEST(SkinWorkspace, AnExistingFeedAddressIsReplacedInPlace) {
-    SkinFileSet files = sampleFiles();
-    files.putFile("skin.xml", test::bytesOf(replaced(kSkinXml, "feed_refresh=", "feed_url='https://a/' feed_refresh=")));
-    SkinWorkspace ws;
-    std::wstring message;
-    ASSERT_TRUE(ws.loadSkinSet(files, L"t", message));
-    EXPECT_EQ(ws.feedUrl, L"https://a/");
-    ws.feedUrl = L"https://b/<x>";
-    EXPECT_EQ(fileText(compose(ws), "skin.xml"),
-              replaced(fileText(files, "skin.xml"), "feed_url='https://a/'", "feed_url='https://b/&lt;x&gt;'"));
+TEST(SkinWorkspace, TheFeedAddressIsEditedOnlyInSkinsWithFeedControls) {
+    struct Case {
+        std::string skin;
+        bool hasFeed;
+        std::wstring imported;
+        std::string expected; // skin.xml after setting the feed address to https://b/<x>
+    } cases[] = {
+        {replaced(kSkinXml, "FEED_STATUS", "STATUS"), false, L"", replaced(kSkinXml, "FEED_STATUS", "STATUS")},
+        {replaced(kSkinXml, "feed_refresh=", "feed_url='https://a/' feed_refresh="), true, L"https://a/",
+         replaced(kSkinXml, "feed_refresh=", "feed_url='https://b/&lt;x&gt;' feed_refresh=")},
+    };
+    for (const Case& c : cases) {
+        SkinFileSet files = sampleFiles();
+        files.putFile("skin.xml", test::bytesOf(c.skin));
+        SkinWorkspace ws;
+        std::wstring message;
+        ASSERT_TRUE(ws.loadSkinSet(files, L"t", message));
+        EXPECT_EQ(ws.hasFeed, c.hasFeed);
+        EXPECT_EQ(ws.feedUrl, c.imported);
+        ws.feedUrl = L"https://b/<x>";
+        EXPECT_EQ(fileText(compose(ws), "skin.xml"), c.expected);
+    }
 }
 
 TEST(SkinWorkspace, PackageAndPreviewCarryTheEdits) {
@@ -189,18 +190,12 @@ TEST(SkinWorkspace, PackageAndPreviewCarryTheEdits) {
     EXPECT_EQ(model.settings.title, L"Yeni Ba\u015Fl\u0131k");
     ASSERT_EQ(model.controls.size(), 6u);
     EXPECT_EQ(model.controls[1].link, L"https://edited.example/");
-}
 
-TEST(SkinWorkspace, NothingLoadedMeansNothingToBuild) {
-    SkinWorkspace ws;
-    Bytes package;
-    std::vector<std::wstring> messages;
-    EXPECT_FALSE(ws.buildSkinPackage(package, messages));
-    EXPECT_EQ(messages, std::vector<std::wstring>{L"Önce bir skin yükleyin."});
-    SkinModel model;
+    SkinWorkspace empty;
     messages.clear();
-    EXPECT_FALSE(ws.loadPreviewModel(model, messages));
-    EXPECT_EQ(messages, std::vector<std::wstring>{L"Önce bir skin yükleyin."});
+    EXPECT_FALSE(empty.buildSkinPackage(package, messages));
+    EXPECT_FALSE(empty.loadPreviewModel(model, messages));
+    EXPECT_EQ(messages, std::vector<std::wstring>(2, L"Önce bir skin yükleyin."));
 }
 
 TEST(SkinWorkspace, ASkinWithoutAddressFileComposesButFailsValidation) {
