@@ -48,6 +48,48 @@ bool endsWithIgnoreCase(std::wstring_view s, std::wstring_view suffix) { return 
 std::string trim(std::string_view s) { return trimmed(s); }
 std::wstring trim(std::wstring_view s) { return trimmed(s); }
 
+void appendUtf8(std::string& out, char32_t cp) {
+    if (cp < 0x80) {
+        out.push_back(char(cp));
+    } else if (cp < 0x800) {
+        out.push_back(char(0xC0 | (cp >> 6)));
+        out.push_back(char(0x80 | (cp & 0x3F)));
+    } else if (cp < 0x10000) {
+        out.push_back(char(0xE0 | (cp >> 12)));
+        out.push_back(char(0x80 | ((cp >> 6) & 0x3F)));
+        out.push_back(char(0x80 | (cp & 0x3F)));
+    } else {
+        out.push_back(char(0xF0 | (cp >> 18)));
+        out.push_back(char(0x80 | ((cp >> 12) & 0x3F)));
+        out.push_back(char(0x80 | ((cp >> 6) & 0x3F)));
+        out.push_back(char(0x80 | (cp & 0x3F)));
+    }
+}
+
+std::string utf16BytesToUtf8(const uint8_t* data, size_t size, bool bigEndian) {
+    std::string out;
+    out.reserve(size);
+    const size_t units = size / 2;
+    auto unitAt = [&](size_t i) -> char32_t {
+        const uint8_t* p = data + 2 * i;
+        return bigEndian ? char32_t(p[0] << 8 | p[1]) : char32_t(p[1] << 8 | p[0]);
+    };
+    for (size_t i = 0; i < units; ++i) {
+        char32_t unit = unitAt(i);
+        if (unit >= 0xD800 && unit <= 0xDBFF && i + 1 < units) {
+            const char32_t low = unitAt(i + 1);
+            if (low >= 0xDC00 && low <= 0xDFFF) {
+                appendUtf8(out, 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00));
+                ++i;
+                continue;
+            }
+        }
+        if (unit >= 0xD800 && unit <= 0xDFFF) unit = 0xFFFD;
+        appendUtf8(out, unit);
+    }
+    return out;
+}
+
 std::wstring widenAscii(std::string_view ascii) {
     std::wstring out;
     out.reserve(ascii.size());

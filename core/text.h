@@ -2,6 +2,8 @@
 // Text helpers shared by every layer. Inside the program text is wide (UTF-16 on Windows); file contents and
 // skin file names are UTF-8. Case folding is ASCII-only unless a function says otherwise.
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -30,6 +32,13 @@ bool endsWithIgnoreCase(std::wstring_view s, std::wstring_view suffix);
 // Removes space, tab, carriage return and line feed from both ends.
 std::string trim(std::string_view s);
 std::wstring trim(std::wstring_view s);
+
+// Appends the UTF-8 form of one code point (at most 0x10FFFF; callers decide what to do with surrogates).
+void appendUtf8(std::string& out, char32_t codePoint);
+
+// UTF-16 code units (little- or big-endian bytes, no byte-order mark) straight to UTF-8, without going through
+// wchar_t, whose size differs between builds. An unpaired surrogate becomes U+FFFD; an odd last byte is dropped.
+std::string utf16BytesToUtf8(const uint8_t* data, size_t size, bool bigEndian);
 
 // Narrow ASCII text widened byte by byte (for fixed ASCII keys and names).
 std::wstring widenAscii(std::string_view ascii);

@@ -72,24 +72,6 @@ private:
     size_t pos_ = 0;
 };
 
-void appendUtf8(std::string& out, uint32_t codePoint) {
-    if (codePoint < 0x80) {
-        out.push_back(char(codePoint));
-    } else if (codePoint < 0x800) {
-        out.push_back(char(0xC0 | codePoint >> 6));
-        out.push_back(char(0x80 | (codePoint & 0x3F)));
-    } else if (codePoint < 0x10000) {
-        out.push_back(char(0xE0 | codePoint >> 12));
-        out.push_back(char(0x80 | (codePoint >> 6 & 0x3F)));
-        out.push_back(char(0x80 | (codePoint & 0x3F)));
-    } else {
-        out.push_back(char(0xF0 | codePoint >> 18));
-        out.push_back(char(0x80 | (codePoint >> 12 & 0x3F)));
-        out.push_back(char(0x80 | (codePoint >> 6 & 0x3F)));
-        out.push_back(char(0x80 | (codePoint & 0x3F)));
-    }
-}
-
 int hexValue(char c) {
     if (c >= '0' && c <= '9') return c - '0';
     if (c >= 'a' && c <= 'f') return c - 'a' + 10;
@@ -110,7 +92,7 @@ bool appendCharacterReference(std::string& out, std::string_view name) {
         value = value * (hex ? 16 : 10) + uint64_t(digit);
         if (value > 0x10FFFF) return false; // also keeps the accumulator from ever overflowing
     }
-    appendUtf8(out, uint32_t(value));
+    appendUtf8(out, char32_t(value));
     return true;
 }
 

@@ -9,50 +9,6 @@
 namespace nv {
 namespace {
 
-void appendUtf8(std::string& out, uint32_t cp) {
-    if (cp < 0x80) {
-        out.push_back(char(cp));
-    } else if (cp < 0x800) {
-        out.push_back(char(0xC0 | (cp >> 6)));
-        out.push_back(char(0x80 | (cp & 0x3F)));
-    } else if (cp < 0x10000) {
-        out.push_back(char(0xE0 | (cp >> 12)));
-        out.push_back(char(0x80 | ((cp >> 6) & 0x3F)));
-        out.push_back(char(0x80 | (cp & 0x3F)));
-    } else {
-        out.push_back(char(0xF0 | (cp >> 18)));
-        out.push_back(char(0x80 | ((cp >> 12) & 0x3F)));
-        out.push_back(char(0x80 | ((cp >> 6) & 0x3F)));
-        out.push_back(char(0x80 | (cp & 0x3F)));
-    }
-}
-
-// UTF-16 code units straight to UTF-8: wchar_t is not 16 bits on every build, so no wide string is involved.
-// An unpaired surrogate becomes U+FFFD; a trailing odd byte is dropped.
-std::string utf16ToUtf8(const uint8_t* data, size_t size, bool bigEndian) {
-    std::string out;
-    out.reserve(size);
-    const size_t units = size / 2;
-    auto unitAt = [&](size_t i) -> uint32_t {
-        const uint8_t* p = data + 2 * i;
-        return bigEndian ? uint32_t(p[0] << 8 | p[1]) : uint32_t(p[1] << 8 | p[0]);
-    };
-    for (size_t i = 0; i < units; ++i) {
-        uint32_t unit = unitAt(i);
-        if (unit >= 0xD800 && unit <= 0xDBFF && i + 1 < units) {
-            const uint32_t low = unitAt(i + 1);
-            if (low >= 0xDC00 && low <= 0xDFFF) {
-                appendUtf8(out, 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00));
-                ++i;
-                continue;
-            }
-        }
-        if (unit >= 0xD800 && unit <= 0xDFFF) unit = 0xFFFD;
-        appendUtf8(out, unit);
-    }
-    return out;
-}
-
 std::string valueOr(const IniValues& ini, const char* key, const char* defaultText) {
     auto it = ini.find(key);
     return it != ini.end() ? it->second : std::string(defaultText);
@@ -69,8 +25,8 @@ std::string iniText(const Bytes& bytes) {
     const size_t size = bytes.size();
     if (size >= 3 && data[0] == 0xEF && data[1] == 0xBB && data[2] == 0xBF)
         return std::string(reinterpret_cast<const char*>(data) + 3, size - 3);
-    if (size >= 2 && data[0] == 0xFF && data[1] == 0xFE) return utf16ToUtf8(data + 2, size - 2, false);
-    if (size >= 2 && data[0] == 0xFE && data[1] == 0xFF) return utf16ToUtf8(data + 2, size - 2, true);
+    if (size >= 2 && data[0] == 0xFF && data[1] == 0xFE) return utf16BytesToUtf8(data + 2, size - 2, false);
+    if (size >= 2 && data[0] == 0xFE && data[1] == 0xFF) return utf16BytesToUtf8(data + 2, size - 2, true);
     return std::string(bytes.begin(), bytes.end());
 }
 

@@ -31,25 +31,6 @@ char32_t decodeOne(std::string_view s, size_t& i) {
     return cp;
 }
 
-void appendUtf8(std::string& out, char32_t cp) {
-    if (cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) cp = kReplacement;
-    if (cp < 0x80) {
-        out.push_back(char(cp));
-    } else if (cp < 0x800) {
-        out.push_back(char(0xC0 | (cp >> 6)));
-        out.push_back(char(0x80 | (cp & 0x3F)));
-    } else if (cp < 0x10000) {
-        out.push_back(char(0xE0 | (cp >> 12)));
-        out.push_back(char(0x80 | ((cp >> 6) & 0x3F)));
-        out.push_back(char(0x80 | (cp & 0x3F)));
-    } else {
-        out.push_back(char(0xF0 | (cp >> 18)));
-        out.push_back(char(0x80 | ((cp >> 12) & 0x3F)));
-        out.push_back(char(0x80 | ((cp >> 6) & 0x3F)));
-        out.push_back(char(0x80 | (cp & 0x3F)));
-    }
-}
-
 } // namespace
 
 std::wstring utf8ToWide(std::string_view utf8) {
@@ -62,7 +43,10 @@ std::wstring utf8ToWide(std::string_view utf8) {
 std::string wideToUtf8(std::wstring_view wide) {
     std::string out;
     out.reserve(wide.size());
-    for (wchar_t c : wide) appendUtf8(out, char32_t(c));
+    for (wchar_t c : wide) {
+        char32_t cp = char32_t(c);
+        appendUtf8(out, cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF) ? kReplacement : cp);
+    }
     return out;
 }
 

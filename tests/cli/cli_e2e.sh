@@ -4,17 +4,7 @@
 set -u
 nvbuild=$1
 runner=${2:-}
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
-
-winpath() { if [ -n "$runner" ]; then printf 'Z:%s' "${1//\//\\}"; else printf '%s' "$1"; fi; }
-nv() { $runner "$nvbuild" "$@"; }
-check() { # check DESCRIPTION CONDITION...
-    local what=$1
-    shift
-    if "$@"; then echo "ok   $what"; else echo "FAIL $what"; failures=$((failures + 1)); fi
-}
+. "$(dirname "$0")/e2e_common.sh"
 
 src="$work/Skin Kaynak"
 mkdir -p "$src/img"
@@ -110,4 +100,4 @@ check "a missing argument is a usage error (2)" [ $? -eq 2 ]
 nv frobnicate x >"$work/out" 2>"$work/err"
 check "an unknown command is a usage error (2)" [ $? -eq 2 ]
 
-[ $failures -eq 0 ] || { echo "$failures check(s) failed"; exit 1; }
+finish

@@ -5,17 +5,8 @@ set -u
 nvbuild=$1
 sample=$2
 runner=${3:-}
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
+. "$(dirname "$0")/e2e_common.sh"
 
-winpath() { if [ -n "$runner" ]; then printf 'Z:%s' "${1//\//\\}"; else printf '%s' "$1"; fi; }
-nv() { $runner "$nvbuild" "$@"; }
-check() {
-    local what=$1
-    shift
-    if "$@"; then echo "ok   $what"; else echo "FAIL $what"; failures=$((failures + 1)); fi
-}
 # json_check FILE PYTHON_EXPRESSION: the expression over the parsed object j must be true.
 json_check() { python3 -c "import json,sys; j=json.load(open(sys.argv[1],encoding='utf-8')); sys.exit(0 if ($2) else 1)" "$1"; }
 # A copy of the sample to spoil.
@@ -114,4 +105,4 @@ nv compose "$(winpath "$sample")" "$(winpath "$work/x.nvsk")" --auto-start maybe
 check "a switch that is not 0 or 1 is a usage error (2)" [ $? -eq 2 ]
 check "... and nothing was written" [ ! -e "$work/x.nvsk" ]
 
-[ $failures -eq 0 ] || { echo "$failures check(s) failed"; exit 1; }
+finish
