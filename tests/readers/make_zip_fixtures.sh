@@ -6,7 +6,8 @@
 #
 # The tests expect from every archive exactly: skin.xml, main.png, logo.png, fernwick.locale.xml, empty.txt
 # (and, from the Python archives, a UTF-8 flagged "Şerit.png" and a code page 437 "Über.png"), byte for byte
-# equal to the files under source/.
+# equal to the files under source/. The damage tests change single fields of python_deflated.zip, so the Python
+# archives keep a fixed entry order (sorted) and end with their end record (no archive comment).
 set -euo pipefail
 out=$1
 src="$out/source"
