@@ -4,27 +4,17 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <functional>
 
 namespace nv {
 namespace {
 
-void put32(Bytes& b, size_t at, uint32_t v) {
-    for (int i = 0; i < 4; ++i)
-        b[at + i] = uint8_t(v >> (8 * i));
+void put(Bytes& b, size_t at, uint32_t v, int width) {
+    for (int i = 0; i < width; ++i) b[at + i] = uint8_t(v >> (8 * i));
 }
 
 // Recomputes the trailing checksum so that a deliberately changed header reaches the later checks.
-void reseal(Bytes& b) {
-    put32(b, b.size() - 4, Crc32::of(b.data(), b.size() - 4));
-}
-
-std::wstring readError(const Bytes& b) {
-    SkinFileSet out;
-    std::wstring error;
-    EXPECT_FALSE(readSkinPackage(b.data(), b.size(), out, &error));
-    return error;
-}
+void reseal(Bytes& b) { put(b, b.size() - 4, Crc32::of(b.data(), b.size() - 4), 4); }
 
 SkinFileSet sampleSet() {
     SkinFileSet set;
@@ -34,43 +24,28 @@ SkinFileSet sampleSet() {
     return set;
 }
 
-TEST(SkinPackage, AnEmptySetIsSixteenBytes) {
-    Bytes b = writeSkinPackage(SkinFileSet{});
-    const uint8_t head[12] = {'N', 'V', 'S', 'K', 1, 0, 0, 0, 0, 0, 0, 0};
-    ASSERT_EQ(b.size(), 16u);
-    EXPECT_TRUE(std::equal(head, head + 12, b.begin()));
-    uint32_t crc = Crc32::of(head, 12);
-    EXPECT_EQ(b[12] | b[13] << 8 | b[14] << 16 | uint32_t(b[15]) << 24, crc);
-
-    SkinFileSet out;
-    out.putFile("stale.png", Bytes{1});
-    EXPECT_TRUE(readSkinPackage(b.data(), b.size(), out));
-    EXPECT_TRUE(out.entries.empty());
-}
-
 TEST(SkinPackage, RoundTripKeepsOrderNamesAndBytes) {
-    SkinFileSet set = sampleSet();
-    Bytes b = writeSkinPackage(set);
-    EXPECT_EQ(b.size(), 16 + (2 + 8 + 4 + 7) + (2 + 8 + 4 + 300) + (2 + 9 + 4));
-    SkinFileSet out;
-    ASSERT_TRUE(readSkinPackage(b.data(), b.size(), out));
-    ASSERT_EQ(out.entries.size(), 3u);
-    for (size_t i = 0; i < 3; ++i) {
-        EXPECT_EQ(out.entries[i].name, set.entries[i].name);
-        EXPECT_EQ(out.entries[i].data, set.entries[i].data);
-    }
-}
+    Bytes empty = writeSkinPackage(SkinFileSet{});
+    const Bytes head = {'N', 'V', 'S', 'K', 1, 0, 0, 0, 0, 0, 0, 0};
+    ASSERT_EQ(empty.size(), 16u);
+    EXPECT_EQ(Bytes(empty.begin(), empty.begin() + 12), head);
+    EXPECT_EQ(empty[12] | empty[13] << 8 | empty[14] << 16 | uint32_t(empty[15]) << 24, Crc32::of(head.data(), 12));
 
-TEST(SkinPackage, NamesFromAForeignWriterComeBackAsStored) {
-    SkinFileSet set;
+    // Names come back as stored, even upper-case or repeated ones from a foreign writer.
+    SkinFileSet set = sampleSet();
     set.entries.push_back({"Upper.PNG", test::bytesOf("x")});
     set.entries.push_back({"Upper.PNG", test::bytesOf("y")});
-    Bytes b = writeSkinPackage(set);
-    SkinFileSet out;
-    ASSERT_TRUE(readSkinPackage(b.data(), b.size(), out));
-    ASSERT_EQ(out.entries.size(), 2u);
-    EXPECT_EQ(out.entries[0].name, "Upper.PNG");
-    EXPECT_EQ(out.entries[1].data, test::bytesOf("y"));
+    for (const SkinFileSet& original : {SkinFileSet{}, set}) {
+        Bytes b = writeSkinPackage(original);
+        SkinFileSet out;
+        out.putFile("stale.png", Bytes{1});
+        ASSERT_TRUE(readSkinPackage(b.data(), b.size(), out));
+        ASSERT_EQ(out.entries.size(), original.entries.size());
+        for (size_t i = 0; i < out.entries.size(); ++i) {
+            EXPECT_EQ(out.entries[i].name, original.entries[i].name);
+            EXPECT_EQ(out.entries[i].data, original.entries[i].data);
+        }
+    }
 }
 
 TEST(SkinPackage, EveryFlippedByteAfterTheMagicIsACrcError) {
@@ -78,81 +53,51 @@ TEST(SkinPackage, EveryFlippedByteAfterTheMagicIsACrcError) {
     for (size_t i = 4; i < good.size(); ++i) {
         Bytes b = good;
         b[i] ^= 0x01;
-        ASSERT_EQ(readError(b), L"Skin paketi bozuk (CRC).") << "byte " << i;
+        SkinFileSet out;
+        std::wstring error;
+        ASSERT_FALSE(readSkinPackage(b.data(), b.size(), out, &error));
+        ASSERT_EQ(error, L"Skin paketi bozuk (CRC).") << "byte " << i;
     }
 }
 
-TEST(SkinPackage, HeaderChecksInOrder) {
-    Bytes good = writeSkinPackage(sampleSet());
-
-    Bytes shortOne(good.begin(), good.begin() + 15);
-    EXPECT_EQ(readError(shortOne), L"Skin paketi bulunamadi ya da bozuk.");
-    Bytes magic = good;
-    magic[0] = 'X';
-    EXPECT_EQ(readError(magic), L"Skin paketi bulunamadi ya da bozuk.");
-
-    Bytes version = good;
-    put32(version, 4, 2);
-    reseal(version);
-    EXPECT_EQ(readError(version), L"Skin paketi surumu desteklenmiyor.");
-
-    Bytes tooMany = writeSkinPackage(SkinFileSet{});
-    put32(tooMany, 8, 4097);
-    reseal(tooMany);
-    EXPECT_EQ(readError(tooMany), L"Skin paketi bozuk (adet).");
-}
-
-TEST(SkinPackage, CountMustMatchTheEntriesPresent) {
-    // 4096 entries are accepted.
+TEST(SkinPackage, DamageIsReportedInTheCheckOrder) {
     SkinFileSet many;
-    for (int i = 0; i < 4096; ++i)
-        many.entries.push_back({std::to_string(i) + ".txt", Bytes{uint8_t(i)}});
-    Bytes b = writeSkinPackage(many);
-    SkinFileSet out;
-    EXPECT_TRUE(readSkinPackage(b.data(), b.size(), out));
-    EXPECT_EQ(out.entries.size(), 4096u);
-
-    // More announced than present: the bytes run out.
-    Bytes more = writeSkinPackage(sampleSet());
-    put32(more, 8, 4);
-    reseal(more);
-    EXPECT_EQ(readError(more), L"Skin paketi bozuk.");
-
-    // Fewer announced than present: the rest is ignored.
-    Bytes fewer = writeSkinPackage(sampleSet());
-    put32(fewer, 8, 1);
-    reseal(fewer);
-    ASSERT_TRUE(readSkinPackage(fewer.data(), fewer.size(), out));
-    ASSERT_EQ(out.entries.size(), 1u);
-    EXPECT_EQ(out.entries[0].name, "skin.xml");
-}
-
-TEST(SkinPackage, EntryLengthsMayNotReachIntoTheChecksum) {
-    SkinFileSet one;
-    one.putFile("a.txt", test::bytesOf("abc"));
-    Bytes good = writeSkinPackage(one);
+    for (int i = 0; i < 4096; ++i) many.entries.push_back({std::to_string(i), Bytes{uint8_t(i)}});
+    const Bytes sample = writeSkinPackage(sampleSet());
+    const size_t firstData = 12 + 2 + 8; // the data length of skin.xml
     struct Case {
-        size_t at;
-        uint32_t value;
-        int width;
+        const char* what;
+        Bytes base;
+        std::function<void(Bytes&)> change; // the checksum is resealed afterwards
+        const wchar_t* error;               // null: accepted
+        size_t entries;                     // read back when accepted
     } cases[] = {
-        {12, 0xFFFF, 2},            // name length far past the end
-        {12, 5 + 4 + 3 + 1, 2},     // name swallowing the data length
-        {12 + 2 + 5, 4, 4},         // data one byte into the checksum
-        {12 + 2 + 5, 0xFFFFFFFF, 4} // data length that would overflow a careless sum
+        {"15 bytes", Bytes(sample.begin(), sample.begin() + 15), nullptr, L"Skin paketi bulunamadi ya da bozuk.", 0},
+        {"other magic", sample, [](Bytes& b) { b[0] = 'X'; }, L"Skin paketi bulunamadi ya da bozuk.", 0},
+        {"version 2", sample, [](Bytes& b) { put(b, 4, 2, 4); }, L"Skin paketi surumu desteklenmiyor.", 0},
+        {"4096 entries", writeSkinPackage(many), nullptr, nullptr, 4096},
+        {"count 4097", sample, [](Bytes& b) { put(b, 8, 4097, 4); }, L"Skin paketi bozuk (adet).", 0},
+        {"more announced than present", sample, [](Bytes& b) { put(b, 8, 4, 4); }, L"Skin paketi bozuk.", 0},
+        {"fewer announced: the rest is ignored", sample, [](Bytes& b) { put(b, 8, 1, 4); }, nullptr, 1},
+        {"name past the end", sample, [](Bytes& b) { put(b, 12, 0xFFFF, 2); }, L"Skin paketi bozuk.", 0},
+        {"data into the checksum", sample, [&](Bytes& b) { put(b, b.size() - 8, 5, 4); }, L"Skin paketi bozuk.", 0},
+        {"data length that would wrap", sample, [&](Bytes& b) { put(b, firstData, 0xFFFFFFFF, 4); },
+         L"Skin paketi bozuk.", 0},
     };
     for (const Case& c : cases) {
-        Bytes b = good;
-        for (int i = 0; i < c.width; ++i)
-            b[c.at + i] = uint8_t(c.value >> (8 * i));
-        reseal(b);
-        EXPECT_EQ(readError(b), L"Skin paketi bozuk.") << "field at " << c.at;
+        Bytes b = c.base;
+        if (c.change) {
+            c.change(b);
+            if (b[0] == 'N') reseal(b);
+        }
+        SkinFileSet out;
+        std::wstring error;
+        EXPECT_EQ(readSkinPackage(b.data(), b.size(), out, &error), c.error == nullptr) << c.what;
+        EXPECT_EQ(error, c.error ? c.error : L"") << c.what;
+        if (!c.error) {
+            EXPECT_EQ(out.entries.size(), c.entries) << c.what;
+        }
     }
-    // A package whose count promises an entry but holds not even its name length.
-    Bytes bare = writeSkinPackage(SkinFileSet{});
-    put32(bare, 8, 1);
-    reseal(bare);
-    EXPECT_EQ(readError(bare), L"Skin paketi bozuk.");
 }
 
 } // namespace
