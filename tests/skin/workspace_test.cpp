@@ -1,5 +1,6 @@
 #include "core/paths.h"
 #include "core/text.h"
+#include "readers/zip_reader.h"
 #include "skin/package.h"
 #include "skin/workspace.h"
 #include "tests/support/image_files.h"
@@ -266,6 +267,15 @@ TEST(SkinWorkspace, DroppedFilesJoinTheWorkingSet) {
     std::vector<std::wstring> messages;
     ASSERT_TRUE(ws.loadPreviewModel(model, messages));
     EXPECT_EQ(model.controls[0].width, 33);
+
+    // A zip and two pictures at once count the zip's files plus two.
+    const std::wstring zip = pathJoin(pathJoin(test::testDataDir(), L"zips"), L"python_deflated.zip");
+    SkinFileSet fromZip;
+    int inZip = 0;
+    ASSERT_TRUE(readZipSkin(fromZip, zip, nullptr, &inZip));
+    count = 0;
+    ws.addDroppedFiles({zip, dir.file(L"extra.png"), dir.file(L"start_up.png")}, count, note);
+    EXPECT_EQ(count, inZip + 2);
 }
 
 } // namespace
