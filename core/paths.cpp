@@ -17,7 +17,14 @@ size_t lastSeparator(std::wstring_view path) {
 
 } // namespace
 
-bool isPathSeparator(wchar_t c) { return c == L'\\' || c == L'/'; }
+bool isPathSeparator(wchar_t c) {
+    return c == L'\\' || c == L'/';
+}
+
+std::string_view bareFileName(std::string_view path) {
+    size_t sep = path.find_last_of("/\\");
+    return sep == std::string_view::npos ? path : path.substr(sep + 1);
+}
 
 std::wstring pathFileName(std::wstring_view path) {
     size_t sep = lastSeparator(path);

@@ -17,4 +17,7 @@ std::wstring pathJoin(std::wstring_view a, std::wstring_view b);
 
 bool isPathSeparator(wchar_t c);
 
+// The same split for narrow (UTF-8) names, such as paths written inside skin files.
+std::string_view bareFileName(std::string_view path);
+
 } // namespace nv

@@ -1,7 +1,9 @@
 #include "skin/locale.h"
 
+#include "core/paths.h"
 #include "core/text.h"
 #include "readers/xml.h"
+#include "skin/text_edits.h"
 
 #include <algorithm>
 #include <vector>
@@ -24,37 +26,6 @@ void findLocaleClose(const XmlElement& element, size_t& close) {
     if (element.name == "torrent_locale" && !element.selfClosing) close = std::min(close, element.contentEnd);
     for (const XmlElement& child : element.children)
         findLocaleClose(child, close);
-}
-
-// One in-place replacement of the source bytes [begin, end).
-struct Edit {
-    size_t begin;
-    size_t end;
-    std::string replacement;
-};
-
-// Applies edits sorted by position; an edit overlapping an earlier one is dropped so that no byte is replaced
-// twice (only possible with nested <string> elements).
-std::string applyEdits(std::string_view text, std::vector<Edit> edits) {
-    std::stable_sort(edits.begin(), edits.end(),
-                     [](const Edit& a, const Edit& b) { return a.begin < b.begin; });
-    std::string out;
-    out.reserve(text.size());
-    size_t copied = 0;
-    for (const Edit& edit : edits) {
-        if (edit.begin < copied || edit.end > text.size() || edit.end < edit.begin) continue;
-        out.append(text.substr(copied, edit.begin - copied));
-        out += edit.replacement;
-        copied = edit.end;
-    }
-    out.append(text.substr(copied));
-    return out;
-}
-
-// The bare file name of a path written with either separator.
-std::string_view bareName(std::string_view path) {
-    const size_t slash = path.find_last_of("/\\");
-    return slash == std::string_view::npos ? path : path.substr(slash + 1);
 }
 
 } // namespace
@@ -85,7 +56,7 @@ std::string findAddressFile(const SkinFileSet& files) {
 // Set names are bare file names, so a preferred name written with folders ("lang/english.locale.xml") is
 // looked up by its last part, as the skin's files were when they were collected.
 std::string findLocaleFile(const SkinFileSet& files, std::string_view preferred) {
-    const std::string name = asciiLower(bareName(preferred));
+    const std::string name = asciiLower(bareFileName(preferred));
     if (!name.empty() && files.hasFile(name)) return name;
     if (files.hasFile("fernwick.locale.xml")) return "fernwick.locale.xml";
     for (const SkinEntry& entry : files.entries)
@@ -100,7 +71,7 @@ std::string writeAddressFile(std::string_view text, std::wstring_view serverAddr
     if (!parseXml(text, document)) return std::string(text);
     const XmlAttribute* attribute = document.root.findAttribute("remoteConfigPath");
     if (!attribute) return std::string(text);
-    return applyEdits(
+    return applyTextEdits(
         text, {{attribute->valueBegin, attribute->valueEnd, xmlEscapeAttribute(wideToUtf8(serverAddress))}});
 }
 
@@ -115,7 +86,7 @@ std::string writeLocaleFile(std::string_view text, const LocaleTable& overrides)
     std::vector<const XmlElement*> strings;
     collectStrings(document.root, strings);
 
-    std::vector<Edit> edits;
+    std::vector<TextEdit> edits;
     LocaleTable unwritten = pending;
     for (const XmlElement* element : strings) {
         auto it = pending.find(asciiUpper(element->attribute("key")));
@@ -142,7 +113,7 @@ std::string writeLocaleFile(std::string_view text, const LocaleTable& overrides)
     findLocaleClose(document.root, close);
     if (!lines.empty() && text.size() >= kLocaleClose.size() && close != std::string::npos)
         edits.push_back({close, close, std::move(lines)});
-    return applyEdits(text, std::move(edits));
+    return applyTextEdits(text, std::move(edits));
 }
 
 } // namespace nv

@@ -1,5 +1,6 @@
 #include "skin/skin_model.h"
 
+#include "core/paths.h"
 #include "core/text.h"
 #include "core/values.h"
 #include "readers/xml.h"
@@ -28,15 +29,10 @@ std::string_view textOf(const Bytes& bytes) {
     return std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size());
 }
 
-// Skin sets hold bare file names, so a path written in skin.xml ("./img/btn.png", "img\\btn.png") is looked up
-// by its last part; the set's lookup folds ASCII case.
-std::string_view bareName(std::string_view name) {
-    size_t sep = name.find_last_of("/\\");
-    return sep == std::string_view::npos ? name : name.substr(sep + 1);
-}
-
+// Skin sets hold bare file names, so a path written in skin.xml ("./img/btn.png", "img\\btn.png") is looked
+// up by its last part; the set's lookup folds ASCII case.
 const Bytes* findImageFile(const SkinFileSet& files, std::string_view name) {
-    return name.empty() ? nullptr : files.findFile(bareName(name));
+    return name.empty() ? nullptr : files.findFile(bareFileName(name));
 }
 
 // Decodes the file of exactly this name; an absent or undecodable file gives an empty image.
@@ -53,8 +49,8 @@ bool hasImageExtension(std::string_view name) {
                        [&](std::string_view ext) { return endsWithIgnoreCase(name, ext); });
 }
 
-// Background and gauge images may leave the extension out: a name that already has one and is present is taken
-// as it is, otherwise each extension is tried in turn.
+// Background and gauge images may leave the extension out: a name that already has one and is present is
+// taken as it is, otherwise each extension is tried in turn.
 DecodedImage decodeCompleted(const SkinFileSet& files, std::string_view name) {
     if (name.empty()) return {};
     if (hasImageExtension(name) && findImageFile(files, name)) return decodeNamed(files, name);
@@ -65,7 +61,9 @@ DecodedImage decodeCompleted(const SkinFileSet& files, std::string_view name) {
     return {};
 }
 
-int clampInt(int value, int low, int high) { return std::min(std::max(value, low), high); }
+int clampInt(int value, int low, int high) {
+    return std::min(std::max(value, low), high);
+}
 
 // "width" (or "w" only when "width" is absent), likewise "height" / "h".
 int sizeAttribute(const XmlElement& e, std::string_view name, std::string_view alias) {
@@ -116,13 +114,14 @@ void loadGaugeImages(const SkinFileSet& files, const XmlElement& e, SkinControl&
     c.imageFull = decodeCompleted(files, fullName);
     c.imageEmpty = decodeCompleted(files, e.attribute("image_empty"));
     if (c.imageFull.empty()) warnings.add(L"Gauge görseli yok: " + utf8ToWide(fullName));
-    c.width = (e.hasAttribute("width") || e.hasAttribute("w")) ? sizeAttribute(e, "width", "w") : c.imageFull.width;
-    c.height =
-        (e.hasAttribute("height") || e.hasAttribute("h")) ? sizeAttribute(e, "height", "h") : c.imageFull.height;
+    c.width =
+        (e.hasAttribute("width") || e.hasAttribute("w")) ? sizeAttribute(e, "width", "w") : c.imageFull.width;
+    c.height = (e.hasAttribute("height") || e.hasAttribute("h")) ? sizeAttribute(e, "height", "h")
+                                                                 : c.imageFull.height;
 }
 
-SkinControl readControl(const SkinFileSet& files, const XmlElement& e, uint32_t index, const LocaleTable& strings,
-                        Warnings& warnings) {
+SkinControl readControl(const SkinFileSet& files, const XmlElement& e, uint32_t index,
+                        const LocaleTable& strings, Warnings& warnings) {
     SkinControl c;
     c.index = index;
     const std::string type = asciiLower(e.attribute("type"));
@@ -136,7 +135,8 @@ SkinControl readControl(const SkinFileSet& files, const XmlElement& e, uint32_t 
     c.enableOnComplete = parseYesNo(e.attribute("enable_on_complete"), false);
     c.text = utf8ToWide(e.attribute("text"));
     if (const XmlAttribute* color = e.findAttribute("color")) parseColor(color->value, c.color);
-    if (const XmlAttribute* shadow = e.findAttribute("shadow")) c.shadow = parseColor(shadow->value, c.shadowColor);
+    if (const XmlAttribute* shadow = e.findAttribute("shadow"))
+        c.shadow = parseColor(shadow->value, c.shadowColor);
     c.bold = parseYesNo(e.attribute("bold"), false);
     c.size = clampInt(e.intAttribute("size", 12), 6, 96);
     c.font = utf8ToWide(e.attribute("font", "Tahoma"));
@@ -170,12 +170,18 @@ SkinControl readControl(const SkinFileSet& files, const XmlElement& e, uint32_t 
 
 const char* controlKindName(ControlKind kind) {
     switch (kind) {
-    case ControlKind::Button: return "button";
-    case ControlKind::Text: return "text";
-    case ControlKind::Gauge: return "gauge";
-    case ControlKind::Iframe: return "iframe";
-    case ControlKind::Image: return "image";
-    case ControlKind::Unknown: break;
+    case ControlKind::Button:
+        return "button";
+    case ControlKind::Text:
+        return "text";
+    case ControlKind::Gauge:
+        return "gauge";
+    case ControlKind::Iframe:
+        return "iframe";
+    case ControlKind::Image:
+        return "image";
+    case ControlKind::Unknown:
+        break;
     }
     return "unknown";
 }
@@ -198,7 +204,9 @@ std::wstring localeText(const LocaleTable& strings, std::string_view key) {
     return it != strings.end() ? it->second : utf8ToWide(key);
 }
 
-std::wstring localeText(const SkinModel& model, std::string_view key) { return localeText(model.strings, key); }
+std::wstring localeText(const SkinModel& model, std::string_view key) {
+    return localeText(model.strings, key);
+}
 
 std::wstring resolveLink(const LocaleTable& strings, std::string_view linkUrl) {
     if (linkUrl.empty()) return {};
@@ -256,8 +264,8 @@ bool loadSkinModel(const SkinFileSet& files, SkinModel& model, std::vector<std::
     const std::string background = root.attribute("background_image", "main");
     model.background = decodeCompleted(files, background);
     if (model.background.empty()) {
-        warnings.add(localeText(model, "ERROR_NO_SKIN") + L" (arka plan görseli yok: " + utf8ToWide(background) +
-                     L")");
+        warnings.add(localeText(model, "ERROR_NO_SKIN") + L" (arka plan görseli yok: " +
+                     utf8ToWide(background) + L")");
         return false;
     }
     model.width = model.background.width;
@@ -267,7 +275,8 @@ bool loadSkinModel(const SkinFileSet& files, SkinModel& model, std::vector<std::
 
     uint32_t index = 0;
     for (const XmlElement& child : root.children)
-        if (child.name == "control") model.controls.push_back(readControl(files, child, index++, model.strings, warnings));
+        if (child.name == "control")
+            model.controls.push_back(readControl(files, child, index++, model.strings, warnings));
     return true;
 }
 

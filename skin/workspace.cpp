@@ -6,8 +6,7 @@
 #include "readers/zip_reader.h"
 #include "skin/package.h"
 #include "skin/skin_source.h"
-
-#include <algorithm>
+#include "skin/text_edits.h"
 
 namespace nv {
 namespace {
@@ -16,43 +15,24 @@ std::string_view textOf(const Bytes& bytes) {
     return std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size());
 }
 
-Bytes bytesOf(std::string_view text) { return Bytes(text.begin(), text.end()); }
+Bytes bytesOf(std::string_view text) {
+    return Bytes(text.begin(), text.end());
+}
 
 bool parseFile(const SkinFileSet& files, std::string_view name, XmlDocument& document) {
     const Bytes* bytes = name.empty() ? nullptr : files.findFile(name);
     return bytes && parseXml(textOf(*bytes), document);
 }
 
-// Replacements of byte spans in one text, applied from the back so that earlier positions stay valid.
-class SpanEdits {
-public:
-    void replace(size_t begin, size_t end, std::string text) { edits_.push_back({begin, end, std::move(text)}); }
-    void insert(size_t at, std::string text) { replace(at, at, std::move(text)); }
-    bool empty() const { return edits_.empty(); }
-
-    std::string applyTo(std::string_view source) {
-        std::stable_sort(edits_.begin(), edits_.end(), [](const Edit& a, const Edit& b) { return a.begin > b.begin; });
-        std::string out(source);
-        for (const Edit& e : edits_) out.replace(e.begin, e.end - e.begin, e.text);
-        return out;
-    }
-
-private:
-    struct Edit {
-        size_t begin, end;
-        std::string text;
-    };
-    std::vector<Edit> edits_;
-};
-
 // Sets an attribute of an element in place: its value when present, else a new first attribute right behind
 // the element's name.
-void setAttribute(SpanEdits& edits, const XmlElement& element, std::string_view name, const std::wstring& value) {
+void setAttribute(std::vector<TextEdit>& edits, const XmlElement& element, std::string_view name,
+                  const std::wstring& value) {
     std::string escaped = xmlEscapeAttribute(wideToUtf8(value));
     if (const XmlAttribute* attribute = element.findAttribute(name))
-        edits.replace(attribute->valueBegin, attribute->valueEnd, escaped);
+        edits.push_back({attribute->valueBegin, attribute->valueEnd, escaped});
     else
-        edits.insert(element.nameEnd, " " + std::string(name) + "=\"" + escaped + "\"");
+        edits.push_back({element.nameEnd, element.nameEnd, " " + std::string(name) + "=\"" + escaped + "\""});
 }
 
 } // namespace
@@ -141,7 +121,8 @@ void SkinWorkspace::importSkinValues() {
                     break;
                 }
             }
-            for (auto& [key, text] : fromFile) strings[key] = text;
+            for (auto& [key, text] : fromFile)
+                strings[key] = text;
         }
     }
 
@@ -194,21 +175,25 @@ bool SkinWorkspace::composeSkinFiles(SkinFileSet& out, std::wstring& message) co
     out = files;
 
     if (const Bytes* address = addressFile.empty() ? nullptr : out.findFile(addressFile))
-        out.putFile(addressFile, bytesOf(writeAddressFile(textOf(*address), serverAddress, importedServerAddress)));
+        out.putFile(addressFile,
+                    bytesOf(writeAddressFile(textOf(*address), serverAddress, importedServerAddress)));
 
     // skin.xml: edited button links and the feed address, each value replaced in place. A file that does not
     // parse stays as it is; the validation that follows reports it.
     XmlDocument skin;
     if (parseFile(out, "skin.xml", skin)) {
-        SpanEdits edits;
+        std::vector<TextEdit> edits;
         for (const XmlElement& control : skin.root.children) {
             if (control.name != "control") continue;
             const std::string id = control.attribute("id");
             for (const ButtonLink& link : buttonLinks)
-                if (link.edited && equalsIgnoreCase(link.id, id)) setAttribute(edits, control, "link_url", link.link);
+                if (link.edited && equalsIgnoreCase(link.id, id))
+                    setAttribute(edits, control, "link_url", link.link);
         }
         if (hasFeed && feedUrl != importedFeedUrl) setAttribute(edits, skin.root, "feed_url", feedUrl);
-        if (!edits.empty()) out.putFile("skin.xml", bytesOf(edits.applyTo(textOf(*out.findFile("skin.xml")))));
+        if (!edits.empty())
+            out.putFile("skin.xml",
+                        bytesOf(applyTextEdits(textOf(*out.findFile("skin.xml")), std::move(edits))));
     }
 
     if (const Bytes* locale = localeFile.empty() ? nullptr : out.findFile(localeFile)) {
@@ -217,8 +202,9 @@ bool SkinWorkspace::composeSkinFiles(SkinFileSet& out, std::wstring& message) co
             overrides["LAUNCHER_IFRAME"] = newsAddress;
             overrides["LAUNCHER_NEW_URL"] = newsAddress;
         }
-        // A link that named a locale key lives under that key. Only a changed link is written back: an unchanged
-        // one would rewrite the value the file already holds, and could undo a new news address under the same key.
+        // A link that named a locale key lives under that key. Only a changed link is written back: an
+        // unchanged one would rewrite the value the file already holds, and could undo a new news address
+        // under the same key.
         for (const ButtonLink& link : buttonLinks)
             if (!link.localeKey.empty() && !link.link.empty() && link.link != link.importedLink)
                 overrides[link.localeKey] = link.link;

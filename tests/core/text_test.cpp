@@ -50,6 +50,7 @@ TEST(Paths, SplitAndJoinWithEitherSeparator) {
     EXPECT_EQ(pathFileName(L"C:\\skins\\"), L"");
     EXPECT_EQ(pathParent(L"C:\\skins/dark\\skin.xml"), L"C:\\skins/dark");
     EXPECT_EQ(pathParent(L"skin.xml"), L"");
+    EXPECT_EQ(bareFileName("./img\\sub/Btn.png"), "Btn.png");
     // No doubled separator after a folder that already ends in one.
     EXPECT_EQ(pathJoin(L"C:\\out\\", L"a.exe"), L"C:\\out\\a.exe");
     EXPECT_EQ(pathJoin(L"C:/out/", L"a.exe"), L"C:/out/a.exe");
