@@ -40,23 +40,18 @@ TEST(WriteFileAtomic, ReplacesTheTargetAndLeavesNoTemporaryFile) {
     EXPECT_TRUE(test::readFile(path).empty());
 }
 
-TEST(WriteFileAtomic, FailureIntoAMissingFolderLeavesNothingBehind) {
+TEST(WriteFileAtomic, AFailedWriteLeavesTheOldTargetAndNoTemporaryFile) {
     test::TempDir dir;
-    const std::wstring path = pathJoin(dir.file(L"no-such-folder"), L"x.bin");
-    EXPECT_FALSE(writeFileAtomic(path, test::bytesOf("x")));
-    EXPECT_FALSE(fileExists(path));
-    EXPECT_FALSE(fileExists(path + L".nvtmp"));
-}
-
-TEST(WriteFileAtomic, AFolderInTheTargetsPlaceIsNotReplaced) {
-    test::TempDir dir;
-    const std::wstring target = dir.file(L"taken");
-    ASSERT_TRUE(createFolders(target));
-    test::writeFile(pathJoin(target, L"inside.txt"), "keep");
-    EXPECT_FALSE(writeFileAtomic(target, test::bytesOf("x")));
-    EXPECT_TRUE(folderExists(target));
-    EXPECT_EQ(test::textOf(test::readFile(pathJoin(target, L"inside.txt"))), "keep");
-    EXPECT_FALSE(fileExists(target + L".nvtmp"));
+    // Into a folder that does not exist, and over a folder standing in the target's place.
+    const std::wstring missing = pathJoin(dir.file(L"no-such-folder"), L"x.bin");
+    const std::wstring taken = dir.file(L"taken");
+    test::writeFile(pathJoin(taken, L"inside.txt"), "keep");
+    for (const std::wstring& target : {missing, taken}) {
+        EXPECT_FALSE(writeFileAtomic(target, test::bytesOf("x")));
+        EXPECT_FALSE(fileExists(target + L".nvtmp"));
+    }
+    EXPECT_FALSE(fileExists(missing));
+    EXPECT_EQ(test::textOf(test::readFile(pathJoin(taken, L"inside.txt"))), "keep");
 }
 
 TEST(CreateFolders, CreatesEveryMissingLevel) {
@@ -66,20 +61,10 @@ TEST(CreateFolders, CreatesEveryMissingLevel) {
     EXPECT_TRUE(folderExists(deep));
     EXPECT_TRUE(createFolders(deep)) << "an existing folder succeeds";
     EXPECT_TRUE(createFolders(L""));
+    EXPECT_FALSE(fileExists(deep)) << "a folder is not a file";
 
     test::writeFile(dir.file(L"file"), "x");
     EXPECT_FALSE(createFolders(pathJoin(dir.file(L"file"), L"sub"))) << "a file stands in the way";
-}
-
-TEST(Attributes, FilesAndFoldersAreTold) {
-    test::TempDir dir;
-    test::writeFile(dir.file(L"f.txt"), "x");
-    EXPECT_TRUE(fileExists(dir.file(L"f.txt")));
-    EXPECT_FALSE(folderExists(dir.file(L"f.txt")));
-    EXPECT_TRUE(folderExists(dir.path()));
-    EXPECT_FALSE(fileExists(dir.path()));
-    EXPECT_FALSE(fileExists(dir.file(L"nothing")));
-    EXPECT_FALSE(folderExists(dir.file(L"nothing")));
 }
 
 TEST(ListFolder, YieldsFilesAndFoldersButNotDotEntries) {
@@ -96,13 +81,6 @@ TEST(ListFolder, YieldsFilesAndFoldersButNotDotEntries) {
         {L"img", true}, {L"one.png", false}, {L"\u011Fzel.xml", false}};
     EXPECT_EQ(seen, expected);
     EXPECT_FALSE(listFolder(dir.file(L"missing"), entries));
-}
-
-TEST(ExePath, NamesTheRunningTestProgram) {
-    std::wstring exe = exePath();
-    EXPECT_TRUE(fileExists(exe));
-    EXPECT_NE(pathFileName(exe).find(L"core_tests"), std::wstring::npos);
-    EXPECT_EQ(exeFolder(), pathParent(exe));
 }
 
 TEST(SystemErrorText, EndsWithTheCodeInParentheses) {

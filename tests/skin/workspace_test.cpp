@@ -214,26 +214,35 @@ TEST(SkinWorkspace, ASkinWithoutAddressFileComposesButFailsValidation) {
     EXPECT_TRUE(package.empty());
 }
 
-TEST(SkinWorkspace, LoadingSourcesFromDisk) {
+TEST(SkinWorkspace, SourcesAreFoldersOrZipsHoldingSkinXml) {
     test::TempDir dir;
-    const std::wstring skin = dir.file(L"skin");
-    for (const SkinEntry& e : sampleFiles().entries) test::writeFile(pathJoin(skin, utf8ToWide(e.name)), e.data);
+    for (const SkinEntry& e : sampleFiles().entries) {
+        test::writeFile(pathJoin(dir.file(L"skin"), utf8ToWide(e.name)), e.data);
+        test::writeFile(pathJoin(dir.file(L"named.zip"), utf8ToWide(e.name)), e.data); // a folder all the same
+    }
+    test::writeFile(dir.file(L"Kaldra Skin.ZIP"), test::readFile(pathJoin(pathJoin(test::testDataDir(), L"zips"),
+                                                                        L"infozip_deflate.zip")));
     test::writeFile(dir.file(L"empty/readme.txt"), "x");
-
-    SkinWorkspace ws;
-    std::wstring message;
-    ASSERT_TRUE(ws.loadSkinSource(skin, message));
-    EXPECT_TRUE(ws.loaded);
-    EXPECT_EQ(ws.sourceLabel, skin);
-    EXPECT_EQ(ws.serverAddress, L"https://old.example/cfg.xml");
-
-    EXPECT_FALSE(ws.loadSkinSource(dir.file(L"empty"), message));
-    EXPECT_EQ(message, L"skin.xml bulunamadı (geçerli bir patcher skini değil).");
-    EXPECT_FALSE(ws.loaded);
-    EXPECT_TRUE(ws.files.entries.empty());
-
-    EXPECT_FALSE(ws.loadSkinSource(dir.file(L"empty/readme.txt"), message));
-    EXPECT_EQ(message, L"Zip dosyası ya da klasör bırakın.");
+    struct Case {
+        std::wstring path;
+        std::wstring message; // empty: loads
+    } cases[] = {
+        {dir.file(L"skin"), L""},
+        {dir.file(L"named.zip"), L""},
+        {dir.file(L"Kaldra Skin.ZIP"), L""},
+        {dir.file(L"empty"), L"skin.xml bulunamadı (geçerli bir patcher skini değil)."},
+        {dir.file(L"missing.zip"), L"Zip okunamadi: " + dir.file(L"missing.zip")},
+        {dir.file(L"empty/readme.txt"), L"Zip dosyası ya da klasör bırakın."},
+    };
+    for (const Case& c : cases) {
+        SkinWorkspace ws;
+        std::wstring message;
+        EXPECT_EQ(ws.loadSkinSource(c.path, message), c.message.empty()) << test::fsPath(c.path).string();
+        EXPECT_EQ(message, c.message);
+        EXPECT_EQ(ws.loaded, c.message.empty());
+        EXPECT_EQ(ws.sourceLabel, c.message.empty() ? c.path : L"");
+        EXPECT_EQ(ws.files.entries.empty(), !c.message.empty());
+    }
 }
 
 TEST(SkinWorkspace, DroppedFilesJoinTheWorkingSet) {
