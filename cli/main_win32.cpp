@@ -1,6 +1,6 @@
 // nvbuild.exe entry point.
 
-#include "build/win32/gdiplus_session.h"
+#include "core/win32/gdiplus_session.h"
 #include "cli/nvbuild.h"
 
 #include <windows.h>

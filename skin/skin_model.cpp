@@ -6,6 +6,7 @@
 #include "readers/xml.h"
 
 #include <algorithm>
+#include <map>
 
 namespace nv {
 namespace {
@@ -29,37 +30,63 @@ std::string_view textOf(const Bytes& bytes) {
     return std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size());
 }
 
-// Skin sets hold bare file names, so a path written in skin.xml ("./img/btn.png", "img\\btn.png") is looked
-// up by its last part; the set's lookup folds ASCII case.
-const Bytes* findImageFile(const SkinFileSet& files, std::string_view name) {
-    return name.empty() ? nullptr : files.findFile(bareFileName(name));
-}
-
-// Decodes the file of exactly this name; an absent or undecodable file gives an empty image.
-DecodedImage decodeNamed(const SkinFileSet& files, std::string_view name) {
-    DecodedImage image;
-    if (const Bytes* bytes = findImageFile(files, name)) {
-        if (!decodeImage(bytes->data(), bytes->size(), image)) image = DecodedImage{};
-    }
-    return image;
-}
-
 bool hasImageExtension(std::string_view name) {
     return std::any_of(std::begin(kImageExtensions), std::end(kImageExtensions),
                        [&](std::string_view ext) { return endsWithIgnoreCase(name, ext); });
 }
 
-// Background and gauge images may leave the extension out: a name that already has one and is present is
-// taken as it is, otherwise each extension is tried in turn.
-DecodedImage decodeCompleted(const SkinFileSet& files, std::string_view name) {
-    if (name.empty()) return {};
-    if (hasImageExtension(name) && findImageFile(files, name)) return decodeNamed(files, name);
-    for (std::string_view ext : kImageExtensions) {
-        std::string candidate = std::string(name) + std::string(ext);
-        if (findImageFile(files, candidate)) return decodeNamed(files, candidate);
+// Decodes the pictures of one load. Every file is decoded at most once and its pixels are shared by every
+// control and button state that names it, so a skin that uses one large picture many times costs one decode.
+// The distinct decoded pixels of a skin have a budget of their own (room for two 8192 x 8192 pictures, far
+// above any real skin): a picture past it counts as missing.
+class SkinImages {
+public:
+    static constexpr uint64_t kPixelBudget = 2ull * kMaxImageSide * kMaxImageSide;
+
+    SkinImages(const SkinFileSet& files, Warnings& warnings) : files_(files), warnings_(warnings) {}
+
+    // The file of exactly this name; an absent or undecodable file gives an empty image.
+    DecodedImage named(std::string_view name) {
+        const Bytes* bytes = find(name);
+        if (!bytes) return {};
+        auto [it, added] = decoded_.try_emplace(bytes);
+        if (!added) return it->second;
+        DecodedImage image;
+        if (!decodeImage(bytes->data(), bytes->size(), image)) return {};
+        const uint64_t pixels = uint64_t(image.width) * uint64_t(image.height);
+        if (pixels > kPixelBudget - used_) {
+            warnings_.add(L"Görseller bellek sınırını aşıyor, yüklenmedi: " + utf8ToWide(bareFileName(name)));
+            return {};
+        }
+        used_ += pixels;
+        it->second = image;
+        return image;
     }
-    return {};
-}
+
+    // Background and gauge images may leave the extension out: a name that already has one and is present is
+    // taken as it is, otherwise each extension is tried in turn.
+    DecodedImage completed(std::string_view name) {
+        if (name.empty()) return {};
+        if (hasImageExtension(name) && find(name)) return named(name);
+        for (std::string_view ext : kImageExtensions) {
+            std::string candidate = std::string(name) + std::string(ext);
+            if (find(candidate)) return named(candidate);
+        }
+        return {};
+    }
+
+private:
+    // Skin sets hold bare file names, so a path written in skin.xml ("./img/btn.png", "img\\btn.png") is looked
+    // up by its last part; the set's lookup folds ASCII case.
+    const Bytes* find(std::string_view name) const {
+        return name.empty() ? nullptr : files_.findFile(bareFileName(name));
+    }
+
+    const SkinFileSet& files_;
+    Warnings& warnings_;
+    std::map<const Bytes*, DecodedImage> decoded_; // by the entry's data, so two spellings share one decode
+    uint64_t used_ = 0;
+};
 
 int clampInt(int value, int low, int high) {
     return std::min(std::max(value, low), high);
@@ -77,7 +104,7 @@ int hexValue(char c) {
     return -1;
 }
 
-void loadButtonImages(const SkinFileSet& files, const XmlElement& e, SkinControl& c, Warnings& warnings) {
+void loadButtonImages(SkinImages& images, const XmlElement& e, SkinControl& c, Warnings& warnings) {
     std::string base = c.image;
     std::string ext;
     for (std::string_view candidate : kImageExtensions) {
@@ -89,11 +116,11 @@ void loadButtonImages(const SkinFileSet& files, const XmlElement& e, SkinControl
     }
     if (endsWithIgnoreCase(base, "_up")) base.resize(base.size() - 3);
 
-    c.imageUp = decodeNamed(files, base + "_up" + ext);
-    c.imageOn = decodeNamed(files, base + "_on" + ext);
-    c.imageDown = decodeNamed(files, base + "_dn" + ext);
-    c.imageDisabled = decodeNamed(files, base + "_ds" + ext);
-    if (c.imageUp.empty()) c.imageUp = decodeNamed(files, c.image);
+    c.imageUp = images.named(base + "_up" + ext);
+    c.imageOn = images.named(base + "_on" + ext);
+    c.imageDown = images.named(base + "_dn" + ext);
+    c.imageDisabled = images.named(base + "_ds" + ext);
+    if (c.imageUp.empty()) c.imageUp = images.named(c.image);
     // Missing states borrow from their neighbours: hover from up, pressed from hover, disabled from up.
     if (c.imageOn.empty()) c.imageOn = c.imageUp;
     if (c.imageDown.empty()) c.imageDown = c.imageOn;
@@ -109,10 +136,10 @@ void loadButtonImages(const SkinFileSet& files, const XmlElement& e, SkinControl
     }
 }
 
-void loadGaugeImages(const SkinFileSet& files, const XmlElement& e, SkinControl& c, Warnings& warnings) {
+void loadGaugeImages(SkinImages& images, const XmlElement& e, SkinControl& c, Warnings& warnings) {
     std::string fullName = e.hasAttribute("image_full") ? e.attribute("image_full") : c.image;
-    c.imageFull = decodeCompleted(files, fullName);
-    c.imageEmpty = decodeCompleted(files, e.attribute("image_empty"));
+    c.imageFull = images.completed(fullName);
+    c.imageEmpty = images.completed(e.attribute("image_empty"));
     if (c.imageFull.empty()) warnings.add(L"Gauge görseli yok: " + utf8ToWide(fullName));
     c.width =
         (e.hasAttribute("width") || e.hasAttribute("w")) ? sizeAttribute(e, "width", "w") : c.imageFull.width;
@@ -120,7 +147,7 @@ void loadGaugeImages(const SkinFileSet& files, const XmlElement& e, SkinControl&
                                                                  : c.imageFull.height;
 }
 
-SkinControl readControl(const SkinFileSet& files, const XmlElement& e, uint32_t index,
+SkinControl readControl(SkinImages& images, const XmlElement& e, uint32_t index,
                         const LocaleTable& strings, Warnings& warnings) {
     SkinControl c;
     c.index = index;
@@ -146,11 +173,11 @@ SkinControl readControl(const SkinFileSet& files, const XmlElement& e, uint32_t 
 
     if (type == "button") {
         c.kind = ControlKind::Button;
-        loadButtonImages(files, e, c, warnings);
+        loadButtonImages(images, e, c, warnings);
         if (c.link.empty() && c.id == "URL_NEW") c.link = resolveLink(strings, "LAUNCHER_NEW_URL");
     } else if (type == "gauge") {
         c.kind = ControlKind::Gauge;
-        loadGaugeImages(files, e, c, warnings);
+        loadGaugeImages(images, e, c, warnings);
     } else if (type == "text") {
         c.kind = ControlKind::Text;
         c.height = c.size + 6;
@@ -159,7 +186,7 @@ SkinControl readControl(const SkinFileSet& files, const XmlElement& e, uint32_t 
         c.height = sizeAttribute(e, "height", "h");
     } else if (type == "image") {
         c.kind = ControlKind::Image;
-        c.imageUp = decodeNamed(files, c.image);
+        c.imageUp = images.named(c.image);
         c.width = c.imageUp.width;
         c.height = c.imageUp.height;
     }
@@ -261,8 +288,9 @@ bool loadSkinModel(const SkinFileSet& files, SkinModel& model, std::vector<std::
     model.skinFile = "skin.xml";
 
     const XmlElement& root = skin.root;
+    SkinImages images(files, warnings);
     const std::string background = root.attribute("background_image", "main");
-    model.background = decodeCompleted(files, background);
+    model.background = images.completed(background);
     if (model.background.empty()) {
         warnings.add(localeText(model, "ERROR_NO_SKIN") + L" (arka plan görseli yok: " +
                      utf8ToWide(background) + L")");
@@ -276,7 +304,7 @@ bool loadSkinModel(const SkinFileSet& files, SkinModel& model, std::vector<std::
     uint32_t index = 0;
     for (const XmlElement& child : root.children)
         if (child.name == "control")
-            model.controls.push_back(readControl(files, child, index++, model.strings, warnings));
+            model.controls.push_back(readControl(images, child, index++, model.strings, warnings));
     return true;
 }
 

@@ -2,7 +2,7 @@
 // The parsed, renderable description of one patcher skin, loaded from a skin file set. The live preview, the
 // build's final validation and nvbuild inspect all load it the same way.
 
-#include "build/image.h"
+#include "readers/image.h"
 #include "readers/skin_files.h"
 #include "skin/locale.h"
 #include "skin/settings.h"

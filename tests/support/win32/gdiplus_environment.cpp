@@ -1,6 +1,6 @@
 // Every Windows test program decodes pictures with GDI+ started once for the whole run, as the programs do.
 
-#include "build/win32/gdiplus_session.h"
+#include "core/win32/gdiplus_session.h"
 
 #include <gtest/gtest.h>
 

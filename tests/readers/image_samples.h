@@ -1,7 +1,7 @@
 #pragma once
 // The picture fixtures of scripts/make-image-fixtures.py and the checks that the image decoder tests share.
 
-#include "build/image.h"
+#include "readers/image.h"
 #include "core/paths.h"
 #include "core/text.h"
 #include "tests/support/test_support.h"
@@ -27,15 +27,15 @@ inline void expectPixels(const char* name, const Bytes& bytes, int width, const 
     std::wstring error;
     ASSERT_TRUE(decodeImage(bytes.data(), bytes.size(), image, &error)) << error;
     ASSERT_EQ(std::pair(image.width, image.height), std::pair(width, int(pixels.size()) / width));
-    ASSERT_EQ(image.pixels.size(), pixels.size());
+    ASSERT_EQ(image.pixels->size(), pixels.size());
     bool transparent = false;
     for (size_t i = 0; i < pixels.size(); ++i) {
         transparent = transparent || pixels[i] < 0xFF000000;
         for (int shift = 0; shift < 32; shift += 8)
-            ASSERT_LE(std::abs(int(image.pixels[i] >> shift & 0xFF) - int(pixels[i] >> shift & 0xFF)),
+            ASSERT_LE(std::abs(int((*image.pixels)[i] >> shift & 0xFF) - int(pixels[i] >> shift & 0xFF)),
                       shift < 24 ? tolerance : 0)
                 << "pixel " << i % size_t(width) << ", " << i / size_t(width) << ": " << std::hex
-                << image.pixels[i] << " instead of " << pixels[i];
+                << (*image.pixels)[i] << " instead of " << pixels[i];
     }
     EXPECT_EQ(image.hasTransparency, transparent);
 }
@@ -52,7 +52,7 @@ inline void expectFixture(const char* name, int width, int height, uint32_t (*pi
 // Bytes that must be refused with the message, leaving nothing of the picture decoded before.
 inline void expectRefused(const char* name, const Bytes& bytes, const wchar_t* message = kUndecodable) {
     SCOPED_TRACE(name);
-    DecodedImage image{1, 1, {0xFFFFFFFF}, false};
+    DecodedImage image = DecodedImage::fromPixels(1, 1, {0xFFFFFFFF});
     std::wstring error;
     const uint8_t* data = bytes.empty() ? reinterpret_cast<const uint8_t*>("") : bytes.data(); // never null
     EXPECT_FALSE(decodeImage(data, bytes.size(), image, &error));

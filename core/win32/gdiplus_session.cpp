@@ -1,6 +1,6 @@
-#include "build/win32/gdiplus_session.h"
+#include "core/win32/gdiplus_session.h"
 
-#include "build/win32/gdiplus_include.h"
+#include "core/win32/gdiplus_include.h"
 
 #include <atomic>
 

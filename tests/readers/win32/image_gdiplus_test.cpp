@@ -1,9 +1,9 @@
 // decodeImage through GDI+: the formats only GDI+ reads (JPEG, GIF, ICO), the size limit on one of them, and
 // the behaviour without a GDI+ session. The fixtures come from scripts/make-image-fixtures.py.
 
-#include "build/image.h"
-#include "build/win32/gdiplus_session.h"
-#include "tests/build/image_samples.h"
+#include "readers/image.h"
+#include "core/win32/gdiplus_session.h"
+#include "tests/readers/image_samples.h"
 #include "tests/support/image_files.h"
 
 #include <windows.h>

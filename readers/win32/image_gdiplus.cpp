@@ -1,7 +1,7 @@
-#include "build/image.h"
+#include "readers/image.h"
 
-#include "build/win32/gdiplus_include.h"
-#include "build/win32/gdiplus_session.h"
+#include "core/win32/gdiplus_include.h"
+#include "core/win32/gdiplus_session.h"
 
 #include <cstring>
 #include <memory>
@@ -102,26 +102,13 @@ bool copyPixels(Gdiplus::GpBitmap* bitmap, int width, int height, DecodedImage& 
     } catch (const std::bad_alloc&) {
         return false;
     }
-    bool transparent = false;
     const auto* scan0 = static_cast<const uint8_t*>(data.Scan0);
     for (int y = 0; y < height; ++y) {
         // The stride may be negative (a bottom-up buffer), so the row address is computed signed.
         const uint8_t* row = scan0 + ptrdiff_t(y) * ptrdiff_t(data.Stride);
-        uint32_t* out = pixels.data() + size_t(y) * size_t(width);
-        std::memcpy(out, row, size_t(width) * 4);
-        if (!transparent) {
-            for (int x = 0; x < width; ++x) {
-                if ((out[x] >> 24) != 0xFF) {
-                    transparent = true;
-                    break;
-                }
-            }
-        }
+        std::memcpy(pixels.data() + size_t(y) * size_t(width), row, size_t(width) * 4);
     }
-    image.width = width;
-    image.height = height;
-    image.pixels = std::move(pixels);
-    image.hasTransparency = transparent;
+    image = DecodedImage::fromPixels(width, height, std::move(pixels));
     return true;
 }
 

@@ -2,8 +2,8 @@
 // build's own decoder, which is what keeps the two in step: pixel values, premultiplication, limits,
 // messages. The pictures come from scripts/make-image-fixtures.py.
 
-#include "build/image.h"
-#include "tests/build/image_samples.h"
+#include "readers/image.h"
+#include "tests/readers/image_samples.h"
 #include "tests/support/image_files.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 // the GDI+ decoder of the Windows build. Every byte it reads comes from an untrusted file, so every read is
 // checked against the buffer and every size is checked before anything is allocated for it.
 
-#include "build/image.h"
+#include "readers/image.h"
 
 #include "core/crc32.h"
 #include "readers/inflate.h"
@@ -45,7 +45,14 @@ bool validSide(int64_t side) {
     return side >= 1 && side <= kMaxImageSide;
 }
 
-bool allocatePixels(DecodedImage& image, int width, int height) {
+// The pixels while they are being decoded; published as a DecodedImage once complete.
+struct Canvas {
+    int width = 0;
+    int height = 0;
+    std::vector<uint32_t> pixels;
+};
+
+bool allocatePixels(Canvas& image, int width, int height) {
     try {
         image.pixels.assign(size_t(width) * size_t(height), 0);
     } catch (const std::bad_alloc&) {
@@ -298,7 +305,7 @@ uint32_t adler32(const uint8_t* data, size_t size) {
     return b << 16 | a;
 }
 
-bool decodePng(const uint8_t* data, size_t size, DecodedImage& image) {
+bool decodePng(const uint8_t* data, size_t size, Canvas& image) {
     PngChunks png;
     if (!readPngChunks(data, size, png)) return false;
     const PngHeader& h = png.header;
@@ -364,7 +371,7 @@ bool maskShift(uint32_t mask, unsigned& shift) {
     return false;
 }
 
-bool decodeBmp(const uint8_t* data, size_t size, DecodedImage& image) {
+bool decodeBmp(const uint8_t* data, size_t size, Canvas& image) {
     if (size < 14 + 40) return false;
     const uint32_t pixelOffset = le32(data + 10);
     const uint32_t headerSize = le32(data + 14);
@@ -426,22 +433,17 @@ bool decodeImage(const uint8_t* data, size_t size, DecodedImage& image, std::wst
         if (error) *error = L"Bos gorsel.";
         return false;
     }
+    Canvas canvas;
     bool ok = false;
     if (size >= sizeof(kPngSignature) && std::memcmp(data, kPngSignature, sizeof(kPngSignature)) == 0)
-        ok = decodePng(data, size, image);
+        ok = decodePng(data, size, canvas);
     else if (size >= 2 && data[0] == 'B' && data[1] == 'M')
-        ok = decodeBmp(data, size, image);
+        ok = decodeBmp(data, size, canvas);
     if (!ok) {
-        image = DecodedImage();
         if (error) *error = kUndecodable;
         return false;
     }
-    for (uint32_t pixel : image.pixels) {
-        if ((pixel >> 24) != 0xFF) {
-            image.hasTransparency = true;
-            break;
-        }
-    }
+    image = DecodedImage::fromPixels(canvas.width, canvas.height, std::move(canvas.pixels));
     return true;
 }
 

@@ -2,8 +2,8 @@
 // index past the palette) or narrower (BMP kinds that only GDI+ reads), and its bound on how far compressed
 // data may expand.
 
-#include "build/image.h"
-#include "tests/build/image_samples.h"
+#include "readers/image.h"
+#include "tests/readers/image_samples.h"
 
 #include <gtest/gtest.h>
 
