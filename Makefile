@@ -3,6 +3,7 @@
 #
 #   make test    install what is missing, build everything, run every test (native, Windows under Wine, fuzz smoke)
 #   make demo    build the sample skin's outputs with nvbuild.exe into demo-out/
+#   make run ARGS="inspect examples/skins/gece-mavisi"   nvbuild.exe under Wine, as ./nvbuild does
 #   make dist    the Windows programs in dist/
 #   make fuzz    run each fuzz target for FUZZ_SECONDS (default 120)
 #   make bench   run the benchmarks (Release, native)
@@ -17,7 +18,7 @@ CMAKE        := cmake -G Ninja -Wno-dev --log-level=WARNING
 WITH_WINE    := scripts/with-wine.sh $(OUT)/windows/wineprefix
 
 .PHONY: all deps native windows fuzz-build bench-build test test-native test-windows dist demo fuzz bench \
-        sample-skin format clean
+        sample-skin format clean run
 
 all: native windows
 
@@ -71,6 +72,11 @@ dist: windows
 
 demo: dist
 	@$(WITH_WINE) scripts/demo.sh dist $(SAMPLE) demo-out
+
+# The build's own output stays out of the way (its errors still show on stderr).
+run:
+	@$(MAKE) --no-print-directory dist >/dev/null
+	@./nvbuild $(ARGS)
 
 fuzz: fuzz-build
 	@scripts/fuzz.sh $(OUT)/fuzz $(FUZZ_SECONDS)

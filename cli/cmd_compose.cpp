@@ -1,4 +1,4 @@
-// nvbuild compose: the skin package a build would embed, with the operator's edits given as flags.
+// nvbuild compose: the skin package a build would embed, with the operator's edits given as options.
 
 #include "cli/nvbuild.h"
 #include "cli/skin_input.h"
@@ -24,66 +24,53 @@ struct Edits {
     std::vector<LinkEdit> links;
 };
 
-std::optional<int> rangedInt(const std::wstring& text, int low, int high) {
-    int v = parseInt(wideToUtf8(text), low - 1);
-    if (v < low || v > high) return std::nullopt;
-    return v;
+std::optional<std::wstring> textOption(const Invocation& invocation, std::wstring_view name) {
+    const std::wstring* value = invocation.value(name);
+    return value ? std::optional<std::wstring>(*value) : std::nullopt;
 }
 
-std::optional<bool> switchValue(const std::wstring& text) {
-    if (text == L"1") return true;
-    if (text == L"0") return false;
-    return std::nullopt;
-}
+// Reads the options into edits. On a value out of its range or form, error says which and why.
+bool readEdits(const Invocation& invocation, Edits& edits, std::wstring& error) {
+    edits.configUrl = textOption(invocation, L"--config-url");
+    edits.newsUrl = textOption(invocation, L"--news-url");
+    edits.feedUrl = textOption(invocation, L"--feed-url");
+    edits.title = textOption(invocation, L"--title");
+    edits.runArgs = textOption(invocation, L"--run-args");
 
-// Reads the flags after SOURCE and OUT. On a bad flag or value, error says which.
-bool parseEdits(const std::vector<std::wstring>& args, Edits& edits, std::wstring& error) {
-    for (size_t i = 2; i < args.size(); ++i) {
-        const std::wstring& flag = args[i];
-        if (i + 1 >= args.size()) {
-            error = L"Değer eksik: " + flag;
+    auto ranged = [&](std::wstring_view name, int low, int high, std::optional<int>& target) {
+        const std::wstring* text = invocation.value(name);
+        if (!text) return true;
+        const int v = parseInt(wideToUtf8(*text), low - 1);
+        if (v >= low && v <= high) {
+            target = v;
+            return true;
+        }
+        error = std::wstring(name) + L" " + std::to_wstring(low) + L" ile " + std::to_wstring(high) +
+                L" arasında bir tam sayı olmalı: " + *text;
+        return false;
+    };
+    auto onOff = [&](std::wstring_view name, std::optional<bool>& target) {
+        const std::wstring* text = invocation.value(name);
+        if (!text) return true;
+        if (*text == L"1" || *text == L"0") {
+            target = *text == L"1";
+            return true;
+        }
+        error = std::wstring(name) + L" 0 ya da 1 olmalı: " + *text;
+        return false;
+    };
+    if (!ranged(L"--conn", 1, 8, edits.connections) || !ranged(L"--seg", 1, 64, edits.segmentMb) ||
+        !onOff(L"--close-on-start", edits.closeOnStart) || !onOff(L"--auto-start", edits.autoStart) ||
+        !onOff(L"--allow-error", edits.allowError) || !onOff(L"--browser-emu", edits.browserEmulation))
+        return false;
+
+    for (const std::wstring& link : invocation.values(L"--link")) {
+        const size_t eq = link.find(L'=');
+        if (eq == 0 || eq == std::wstring::npos) {
+            error = L"--link ID=URL biçiminde olmalı: " + link;
             return false;
         }
-        const std::wstring& v = args[++i];
-        auto setSwitch = [&](std::optional<bool>& target) {
-            target = switchValue(v);
-            if (!target) error = flag + L" 0 ya da 1 olmalı.";
-            return bool(target);
-        };
-        if (flag == L"--config-url") edits.configUrl = v;
-        else if (flag == L"--news-url") edits.newsUrl = v;
-        else if (flag == L"--feed-url") edits.feedUrl = v;
-        else if (flag == L"--title") edits.title = v;
-        else if (flag == L"--run-args") edits.runArgs = v;
-        else if (flag == L"--conn") {
-            if (!(edits.connections = rangedInt(v, 1, 8))) {
-                error = L"--conn 1 ile 8 arasında olmalı.";
-                return false;
-            }
-        } else if (flag == L"--seg") {
-            if (!(edits.segmentMb = rangedInt(v, 1, 64))) {
-                error = L"--seg 1 ile 64 arasında olmalı.";
-                return false;
-            }
-        } else if (flag == L"--close-on-start") {
-            if (!setSwitch(edits.closeOnStart)) return false;
-        } else if (flag == L"--auto-start") {
-            if (!setSwitch(edits.autoStart)) return false;
-        } else if (flag == L"--allow-error") {
-            if (!setSwitch(edits.allowError)) return false;
-        } else if (flag == L"--browser-emu") {
-            if (!setSwitch(edits.browserEmulation)) return false;
-        } else if (flag == L"--link") {
-            size_t eq = v.find(L'=');
-            if (eq == 0 || eq == std::wstring::npos) {
-                error = L"--link KIMLIK=ADRES biçiminde olmalı.";
-                return false;
-            }
-            edits.links.push_back({wideToUtf8(v.substr(0, eq)), v.substr(eq + 1)});
-        } else {
-            error = L"Bilinmeyen seçenek: " + flag;
-            return false;
-        }
+        edits.links.push_back({wideToUtf8(link.substr(0, eq)), link.substr(eq + 1)});
     }
     return true;
 }
@@ -111,39 +98,70 @@ bool applyEdits(const Edits& edits, SkinWorkspace& ws, std::wstring& error) {
     return true;
 }
 
-} // namespace
-
-int commandCompose(const std::vector<std::wstring>& args, Console& console) {
-    if (args.size() < 2) return usage(console);
+int commandCompose(const Invocation& invocation, Console& console) {
     Edits edits;
     std::wstring error;
-    if (!parseEdits(args, edits, error)) {
-        console.errLine(error);
-        return usage(console);
-    }
+    if (!readEdits(invocation, edits, error)) return invocation.usageError(console, error);
 
+    const std::wstring& source = invocation.arguments[0];
+    const std::wstring& out = invocation.arguments[1];
     SkinWorkspace workspace;
     std::wstring message, note;
-    if (!loadSkinInput(args[0], workspace, message, note)) {
-        console.errLine(message);
-        return kExitFailed;
-    }
+    if (!loadSkinInput(source, workspace, message, note)) return failed(console, message);
     if (!note.empty()) console.errLine(L"Not: " + note);
-    if (!applyEdits(edits, workspace, error)) {
-        console.errLine(error);
-        return kExitFailed;
-    }
+    if (!applyEdits(edits, workspace, error)) return failed(console, error);
 
     Bytes package;
     std::vector<std::wstring> messages;
     bool ok = workspace.buildSkinPackage(package, messages);
-    for (const std::wstring& m : messages) console.errLine(m);
+    for (const std::wstring& m : messages)
+        console.errLine(m);
     if (!ok) return kExitFailed;
-    if (!writeFileAtomic(args[1], package)) {
-        console.errLine(L"Yazılamadı: " + args[1] + L" — " + systemErrorText(lastSystemError()));
-        return kExitFailed;
-    }
+    if (!writeFileAtomic(out, package))
+        return failed(console, L"Yazılamadı: " + out + L" — " + systemErrorText(lastSystemError()));
     return kExitOk;
 }
+
+constexpr std::wstring_view kComposeArguments[] = {L"SOURCE", L"OUT"};
+constexpr OptionSpec kComposeOptions[] = {
+    {L"--config-url", L"URL"},     {L"--news-url", L"URL"},   {L"--feed-url", L"URL"},
+    {L"--title", L"TEXT"},         {L"--conn", L"N"},         {L"--seg", L"N"},
+    {L"--close-on-start", L"0|1"}, {L"--auto-start", L"0|1"}, {L"--allow-error", L"0|1"},
+    {L"--browser-emu", L"0|1"},    {L"--run-args", L"TEXT"},  {L"--link", L"ID=URL", true},
+};
+
+} // namespace
+
+const Command kComposeCommand{
+    L"compose",
+    L"Oluşturmanın patcher'a gömeceği skin paketini operatörün düzenlemeleriyle yazar.",
+    L"compose SOURCE OUT [düzenlemeler]",
+    L"Argümanlar:\n"
+    L"  SOURCE  skin: klasör, .zip, skin paketi ya da (Windows'ta) skin taşıyan patcher .exe\n"
+    L"  OUT     yazılacak skin paketi (.nvsk); yalnızca skin doğrulanırsa yazılır, varsa yerine geçer\n"
+    L"\n"
+    L"Düzenlemeler (verilmeyen değer skinden okunduğu gibi kalır; değerler satır sonu içeremez):\n"
+    L"  --config-url URL      sunucu yapılandırmasının adresi (adres dosyasında remoteConfigPath)\n"
+    L"  --news-url URL        haber sayfasının adresi (dil dosyasında LAUNCHER_IFRAME ve LAUNCHER_NEW_URL)\n"
+    L"  --feed-url URL        sunucu durumu beslemesi (skin.xml'de feed_url); yalnızca kimliği FEED_ ile\n"
+    L"                        başlayan kontrolleri olan skinlerde yazılır\n"
+    L"  --title TEXT          patcher penceresinin başlığı\n"
+    L"  --conn N              eşzamanlı indirme bağlantısı sayısı, 1..8\n"
+    L"  --seg N               büyük dosyaların parça boyutu, MB cinsinden, 1..64\n"
+    L"  --close-on-start 0|1  oyun açılınca patcher kapansın\n"
+    L"  --auto-start 0|1      güncelleme bitince oyun kendiliğinden başlasın\n"
+    L"  --allow-error 0|1     güncelleme başarısızsa da oyun başlatılabilsin\n"
+    L"  --browser-emu 0|1     haber sayfası IE11 kipinde açılsın\n"
+    L"  --run-args TEXT       oyunun exe'sine verilecek argümanlar\n"
+    L"  --link ID=URL         kimliği ID olan butonun açacağı adres (kimlikte büyük/küçük harf fark etmez);\n"
+    L"                        tekrarlanabilir. Butonun link_url'ü bir dil anahtarıysa adres dil dosyasına o\n"
+    L"                        anahtarla yazılır, değilse skin.xml'e. Skinde o kimlikte buton yoksa çıkış 1.\n"
+    L"\n"
+    L"norvane.ini her zaman bu değerlerle baştan yazılır; skin.xml, adres ve dil dosyalarında yalnızca\n"
+    L"değişen değerler yerinde düzenlenir. Yükleyicinin uyarıları standart hataya yazılır.\n",
+    kComposeArguments,
+    kComposeOptions,
+    commandCompose,
+};
 
 } // namespace nv

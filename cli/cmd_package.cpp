@@ -1,6 +1,7 @@
 // nvbuild pack / list / unpack: skin packages on disk.
 
 #include "cli/nvbuild.h"
+#include "cli/skin_input.h"
 #include "core/crc32.h"
 #include "core/files.h"
 #include "core/paths.h"
@@ -13,23 +14,6 @@
 namespace nv {
 namespace {
 
-// A package holds at most 64 MiB of data plus its names; anything this large is not one.
-constexpr uint64_t kMaxPackageFile = 0x10000000;
-
-int failed(Console& console, const std::wstring& message) {
-    console.errLine(message);
-    return kExitFailed;
-}
-
-bool readPackageFile(const std::wstring& path, SkinFileSet& files, std::wstring& message) {
-    Bytes bytes;
-    if (!readFileBytes(path, bytes, kMaxPackageFile)) {
-        message = L"Okunamadi: " + path;
-        return false;
-    }
-    return readSkinPackage(bytes.data(), bytes.size(), files, &message);
-}
-
 // Entry names come from the package as they stand; only a bare file name may become a file in the folder.
 bool isSafeFileName(const std::string& name) {
     if (name.empty() || name == "." || name == "..") return false;
@@ -40,26 +24,30 @@ bool isSafeFileName(const std::string& name) {
     return true;
 }
 
-} // namespace
+std::wstring writeFailure(const std::wstring& path) {
+    return L"Yazılamadı: " + path + L" — " + systemErrorText(lastSystemError());
+}
 
-int commandPack(const std::vector<std::wstring>& args, Console& console) {
-    if (args.size() != 2) return usage(console);
-    SkinFileSet files;
+int commandPack(const Invocation& invocation, Console& console) {
+    const std::wstring& source = invocation.arguments[0];
+    const std::wstring& out = invocation.arguments[1];
     std::wstring message, note;
-    if (!readSkinSource(args[0], files, message, nullptr, &note)) return failed(console, message);
+    if (!requireExisting(source, message)) return failed(console, message);
+    if (!folderExists(source) && !endsWithIgnoreCase(std::wstring_view(source), std::wstring_view(L".zip")))
+        return failed(console, L"Klasör ya da .zip değil: " + source);
+    SkinFileSet files;
+    if (!readSkinSource(source, files, message, nullptr, &note)) return failed(console, message);
     if (!note.empty()) console.errLine(L"Not: " + note);
 
     Bytes package = writeSkinPackage(files);
-    if (!writeFileAtomic(args[1], package))
-        return failed(console, L"Yazılamadı: " + args[1] + L" — " + systemErrorText(lastSystemError()));
+    if (!writeFileAtomic(out, package)) return failed(console, writeFailure(out));
     return kExitOk;
 }
 
-int commandList(const std::vector<std::wstring>& args, Console& console) {
-    if (args.size() != 1) return usage(console);
+int commandList(const Invocation& invocation, Console& console) {
     SkinFileSet files;
     std::wstring message;
-    if (!readPackageFile(args[0], files, message)) return failed(console, message);
+    if (!readPackageFile(invocation.arguments[0], files, message)) return failed(console, message);
     for (const SkinEntry& entry : files.entries) {
         char head[48];
         std::snprintf(head, sizeof head, "%llu\t%08X\t", static_cast<unsigned long long>(entry.data.size()),
@@ -69,23 +57,71 @@ int commandList(const std::vector<std::wstring>& args, Console& console) {
     return kExitOk;
 }
 
-int commandUnpack(const std::vector<std::wstring>& args, Console& console) {
-    if (args.size() != 2) return usage(console);
+int commandUnpack(const Invocation& invocation, Console& console) {
     SkinFileSet files;
     std::wstring message;
-    if (!readPackageFile(args[0], files, message)) return failed(console, message);
+    if (!readPackageFile(invocation.arguments[0], files, message)) return failed(console, message);
     // Every name is checked before anything is written, so a bad package leaves the folder as it was.
     for (const SkinEntry& entry : files.entries)
-        if (!isSafeFileName(entry.name)) return failed(console, L"Geçersiz dosya adı: " + utf8ToWide(entry.name));
+        if (!isSafeFileName(entry.name))
+            return failed(console, L"Geçersiz dosya adı: " + utf8ToWide(entry.name));
 
-    const std::wstring& folder = args[1];
+    const std::wstring& folder = invocation.arguments[1];
     if (!createFolders(folder)) return failed(console, L"Klasör oluşturulamadı: " + folder);
     for (const SkinEntry& entry : files.entries) {
         std::wstring path = pathJoin(folder, utf8ToWide(entry.name));
-        if (!writeFileAtomic(path, entry.data))
-            return failed(console, L"Yazılamadı: " + path + L" — " + systemErrorText(lastSystemError()));
+        if (!writeFileAtomic(path, entry.data)) return failed(console, writeFailure(path));
     }
     return kExitOk;
 }
+
+constexpr std::wstring_view kPackArguments[] = {L"SOURCE", L"OUT"};
+constexpr std::wstring_view kListArguments[] = {L"PACKAGE"};
+constexpr std::wstring_view kUnpackArguments[] = {L"PACKAGE", L"DIR"};
+
+} // namespace
+
+const Command kPackCommand{
+    L"pack",
+    L"Skin klasörünü ya da .zip'ini bir skin paketine (.nvsk) yazar.",
+    L"pack SOURCE OUT",
+    L"Argümanlar:\n"
+    L"  SOURCE  skin klasörü (yalnızca doğrudan içindeki dosyalar okunur) ya da .zip arşivi\n"
+    L"  OUT     yazılacak paket dosyası (örneğin skin.nvsk); yalnızca başarıda yazılır, varsa yerine geçer\n"
+    L"\n"
+    L"Yalnızca skin dosyaları alınır (.png .jpg .jpeg .bmp .gif .ico .xml .ini .txt); adlar küçük harfe\n"
+    L"çevrilir, klasör yapısı düzleşir. Sınırlar: dosya başına 32 MB, toplamda 64 MB, en çok 4096 dosya.\n"
+    L"Klasördeki okunamayan bir dosya \"Not: \" satırıyla standart hataya yazılır; paket onsuz yazılır.\n",
+    kPackArguments,
+    {},
+    commandPack,
+};
+
+const Command kListCommand{
+    L"list",
+    L"Paketteki dosyaları boyut, CRC-32 ve adlarıyla listeler.",
+    L"list PACKAGE",
+    L"Argümanlar:\n"
+    L"  PACKAGE  skin paketi (.nvsk)\n"
+    L"\n"
+    L"Her dosya için bir satır, sekmeyle ayrılmış: boyut (bayt), CRC-32 (8 onaltılık hane), ad.\n",
+    kListArguments,
+    {},
+    commandList,
+};
+
+const Command kUnpackCommand{
+    L"unpack",
+    L"Paketteki dosyaları bir klasöre çıkarır.",
+    L"unpack PACKAGE DIR",
+    L"Argümanlar:\n"
+    L"  PACKAGE  skin paketi (.nvsk)\n"
+    L"  DIR      dosyaların yazılacağı klasör; yoksa oluşturulur, aynı adlı dosyaların yerine geçilir\n"
+    L"\n"
+    L"Paketteki bir ad güvenli bir dosya adı değilse hiçbir dosya yazılmaz.\n",
+    kUnpackArguments,
+    {},
+    commandUnpack,
+};
 
 } // namespace nv

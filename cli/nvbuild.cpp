@@ -1,45 +1,179 @@
 #include "cli/nvbuild.h"
 
-#include <string_view>
+#include "core/files.h"
+
+#include <algorithm>
 
 namespace nv {
 namespace {
 
-struct Command {
-    std::wstring_view name;
-    int (*run)(const std::vector<std::wstring>&, Console&);
+constexpr const Command* kCommands[] = {
+    &kPackCommand, &kListCommand, &kUnpackCommand, &kInspectCommand, &kLintCommand, &kComposeCommand,
 };
 
-constexpr Command kCommands[] = {
-    {L"pack", commandPack},
-    {L"list", commandList},
-    {L"unpack", commandUnpack},
-    {L"inspect", commandInspect},
-    {L"compose", commandCompose},
-};
+constexpr std::wstring_view kHelpSummary = L"Bir komutun ayrıntılı yardımını gösterir.";
 
-} // namespace
+const Command* findCommand(std::wstring_view name) {
+    for (const Command* command : kCommands)
+        if (command->name == name) return command;
+    return nullptr;
+}
 
-int usage(Console& console) {
-    console.err(L"Kullanim:\n"
-                L"  nvbuild pack KAYNAK CIKTI.nvsk      klasor ya da .zip skini pakete yazar\n"
-                L"  nvbuild list PAKET                  paketin dosyalarini listeler (boyut, CRC-32, ad)\n"
-                L"  nvbuild unpack PAKET KLASOR         paketin dosyalarini klasore cikarir\n"
-                L"  nvbuild inspect KAYNAK [--json]     skinin icerigini ve uyarilarini gosterir\n"
-                L"  nvbuild compose KAYNAK CIKTI.nvsk [duzenlemeler]\n"
-                L"      olusturmanin gomecegi skin paketini yazar; duzenlemeler:\n"
-                L"      --config-url ADRES  --news-url ADRES  --feed-url ADRES  --title METIN\n"
-                L"      --conn 1..8  --seg 1..64  --close-on-start 0|1  --auto-start 0|1\n"
-                L"      --allow-error 0|1  --browser-emu 0|1  --run-args METIN  --link KIMLIK=ADRES\n"
-                L"KAYNAK: klasor, .zip, skin paketi ya da (Windows'ta) patcher .exe\n");
+const OptionSpec* findOption(const Command& command, std::wstring_view name) {
+    for (const OptionSpec& option : command.options)
+        if (option.name == name) return &option;
+    return nullptr;
+}
+
+std::wstring padded(std::wstring_view text, size_t width) {
+    std::wstring out(text);
+    if (out.size() < width) out.append(width - out.size(), L' ');
+    return out;
+}
+
+void printOverview(Console& console) {
+    size_t width = 4; // "help"
+    for (const Command* command : kCommands)
+        width = std::max(width, command->name.size());
+    console.outLine(L"nvbuild: Norvane skinlerini paketler, inceler, denetler ve oluşturmaya hazırlar.");
+    console.outLine(L"");
+    console.outLine(L"Kullanım: nvbuild COMMAND [ARGÜMANLAR] [SEÇENEKLER]");
+    console.outLine(L"");
+    console.outLine(L"Komutlar:");
+    for (const Command* command : kCommands)
+        console.outLine(L"  " + padded(command->name, width + 2) + std::wstring(command->summary));
+    console.outLine(L"  " + padded(L"help", width + 2) + std::wstring(kHelpSummary));
+    console.outLine(L"");
+    console.outLine(L"Bir komutun ayrıntıları: nvbuild help COMMAND  (ya da nvbuild COMMAND --help)");
+    console.outLine(L"Çıkış kodları: 0 başarılı, 1 işlem başarısız (nedeni standart hatada), 2 komut satırı "
+                    L"hatalı.");
+    console.outLine(
+        L"SOURCE olarak verilen skin: klasör ya da .zip (oluşturucunun yüklediği gibi), skin paketi "
+        L"ya da (Windows'ta) skin taşıyan bir patcher .exe.");
+}
+
+int printHelp(const Command& command, Console& console) {
+    console.outLine(L"Kullanım: nvbuild " + std::wstring(command.usage));
+    console.outLine(L"");
+    console.outLine(command.summary);
+    console.outLine(L"");
+    console.out(command.help);
+    if (!command.help.empty() && command.help.back() != L'\n') console.out(L"\n");
+    return kExitOk;
+}
+
+// What is wrong, then every command's short usage: the line for a command line without a known command.
+int generalUsageError(Console& console, std::wstring_view message) {
+    console.errLine(message);
+    console.errLine(L"Kullanım:");
+    for (const Command* command : kCommands)
+        console.errLine(L"  nvbuild " + std::wstring(command->usage));
+    console.errLine(L"  nvbuild help [COMMAND]");
+    console.errLine(L"Ayrıntılar: nvbuild --help");
     return kExitUsage;
 }
 
+int runHelp(const std::vector<std::wstring>& args, Console& console) {
+    if (args.size() > 2) return generalUsageError(console, L"Fazla argüman: " + args[2]);
+    if (args.size() == 1) {
+        printOverview(console);
+        return kExitOk;
+    }
+    const Command* command = findCommand(args[1]);
+    if (!command) return generalUsageError(console, L"Bilinmeyen komut: " + args[1]);
+    return printHelp(*command, console);
+}
+
+bool holdsLineBreak(std::wstring_view value) {
+    return value.find_first_of(L"\r\n") != std::wstring_view::npos;
+}
+
+// Options may come anywhere after the command's name; anything that starts with '-' (and is not a lone '-')
+// is taken for one, everything else fills the positional arguments in order.
+int parseAndRun(const Command& command, std::span<const std::wstring> args, Console& console) {
+    Invocation invocation(command);
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::wstring& arg = args[i];
+        if (arg == L"--help" || arg == L"-h") return printHelp(command, console);
+        if (arg.size() > 1 && arg[0] == L'-') {
+            const OptionSpec* option = findOption(command, arg);
+            if (!option) return invocation.usageError(console, L"Bilinmeyen seçenek: " + arg);
+            if (!option->repeatable && invocation.has(arg))
+                return invocation.usageError(console, L"Seçenek iki kez verildi: " + arg);
+            std::wstring value;
+            if (!option->value.empty()) {
+                if (i + 1 >= args.size()) return invocation.usageError(console, L"Değer eksik: " + arg);
+                value = args[++i];
+                // The values end up as lines of norvane.ini and values in XML files; a line break would let
+                // one value write another setting.
+                if (holdsLineBreak(value))
+                    return invocation.usageError(console, L"Satır sonu içeren değer: " + arg);
+            }
+            invocation.options.emplace_back(arg, std::move(value));
+        } else if (invocation.arguments.size() < command.arguments.size()) {
+            invocation.arguments.push_back(arg);
+        } else {
+            return invocation.usageError(console, L"Fazla argüman: " + arg);
+        }
+    }
+    if (invocation.arguments.size() < command.arguments.size())
+        return invocation.usageError(
+            console, L"Eksik argüman: " + std::wstring(command.arguments[invocation.arguments.size()]));
+    return command.run(invocation, console);
+}
+
+} // namespace
+
+bool Invocation::has(std::wstring_view option) const {
+    return std::any_of(options.begin(), options.end(), [&](const auto& o) { return o.first == option; });
+}
+
+const std::wstring* Invocation::value(std::wstring_view option) const {
+    for (const auto& [name, value] : options)
+        if (name == option) return &value;
+    return nullptr;
+}
+
+std::vector<std::wstring> Invocation::values(std::wstring_view option) const {
+    std::vector<std::wstring> out;
+    for (const auto& [name, value] : options)
+        if (name == option) out.push_back(value);
+    return out;
+}
+
+int Invocation::usageError(Console& console, std::wstring_view message) const {
+    console.errLine(message);
+    console.errLine(L"Kullanım: nvbuild " + std::wstring(command_.usage));
+    console.errLine(L"Ayrıntılar: nvbuild help " + std::wstring(command_.name));
+    return kExitUsage;
+}
+
+std::span<const Command* const> nvbuildCommands() {
+    return kCommands;
+}
+
+int failed(Console& console, std::wstring_view message) {
+    console.errLine(message);
+    return kExitFailed;
+}
+
+bool requireExisting(const std::wstring& path, std::wstring& message) {
+    if (fileExists(path) || folderExists(path)) return true;
+    message = L"Bulunamadı: " + path;
+    return false;
+}
+
 int runNvbuild(const std::vector<std::wstring>& args, Console& console) {
-    if (args.empty()) return usage(console);
-    for (const Command& command : kCommands)
-        if (args[0] == command.name) return command.run({args.begin() + 1, args.end()}, console);
-    return usage(console);
+    if (args.empty()) return generalUsageError(console, L"Eksik argüman: COMMAND");
+    const std::wstring& name = args[0];
+    if (name == L"--help" || name == L"-h" || name == L"help") return runHelp(args, console);
+    const Command* command = findCommand(name);
+    if (!command) {
+        if (name.size() > 1 && name[0] == L'-')
+            return generalUsageError(console, L"Bilinmeyen seçenek: " + name);
+        return generalUsageError(console, L"Bilinmeyen komut: " + name);
+    }
+    return parseAndRun(*command, std::span(args).subspan(1), console);
 }
 
 } // namespace nv

@@ -1,5 +1,6 @@
 #include "cli/skin_input.h"
 
+#include "cli/nvbuild.h"
 #include "core/files.h"
 #include "core/text.h"
 #include "skin/package.h"
@@ -10,28 +11,37 @@ namespace {
 // A package holds at most 64 MiB of data plus its names; anything this large is not one.
 constexpr uint64_t kMaxPackageFile = 0x10000000;
 
+bool isZipName(const std::wstring& path) {
+    return endsWithIgnoreCase(std::wstring_view(path), std::wstring_view(L".zip"));
+}
+
 } // namespace
 
-bool loadSkinInput(const std::wstring& path, SkinWorkspace& workspace, std::wstring& message, std::wstring& note) {
+bool readPackageFile(const std::wstring& path, SkinFileSet& files, std::wstring& message) {
+    if (!requireExisting(path, message)) return false;
+    Bytes bytes;
+    if (!readFileBytes(path, bytes, kMaxPackageFile)) {
+        message = L"Okunamadı: " + path;
+        return false;
+    }
+    return readSkinPackage(bytes.data(), bytes.size(), files, &message);
+}
+
+bool loadSkinInput(const std::wstring& path, SkinWorkspace& workspace, std::wstring& message,
+                   std::wstring& note) {
     note.clear();
-    if (folderExists(path) || endsWithIgnoreCase(std::wstring_view(path), std::wstring_view(L".zip"))) {
+    if (!requireExisting(path, message)) return false;
+    if (folderExists(path) || isZipName(path)) {
         if (!workspace.loadSkinSource(path, message)) return false;
         note = message;
         message.clear();
         return true;
     }
     SkinFileSet files;
-    if (endsWithIgnoreCase(std::wstring_view(path), std::wstring_view(L".exe"))) {
-        if (!readExecutableSkin(path, files, message)) return false;
-    } else {
-        Bytes bytes;
-        if (!readFileBytes(path, bytes, kMaxPackageFile)) {
-            message = fileExists(path) ? L"Okunamadi: " + path : L"Zip dosyası ya da klasör bırakın.";
-            return false;
-        }
-        if (!readSkinPackage(bytes.data(), bytes.size(), files, &message)) return false;
-    }
-    return workspace.loadSkinSet(std::move(files), path, message);
+    bool read = endsWithIgnoreCase(std::wstring_view(path), std::wstring_view(L".exe"))
+                    ? readExecutableSkin(path, files, message)
+                    : readPackageFile(path, files, message);
+    return read && workspace.loadSkinSet(std::move(files), path, message);
 }
 
 } // namespace nv

@@ -1,6 +1,6 @@
 #pragma once
-// What nvbuild accepts as a skin: a folder or a .zip (as the builder loads them), a skin package, or a patcher
-// executable carrying one.
+// What nvbuild accepts as a skin: a folder or a .zip (as the builder loads them), a skin package, or a
+// patcher executable carrying one.
 
 #include "readers/skin_files.h"
 #include "skin/workspace.h"
@@ -9,8 +9,13 @@
 
 namespace nv {
 
-// Loads the skin at path into the workspace. note receives a folder's first unreadable file, if any.
-bool loadSkinInput(const std::wstring& path, SkinWorkspace& workspace, std::wstring& message, std::wstring& note);
+// Loads the skin at path into the workspace. note receives a folder's first unreadable file, if any. A path
+// with nothing at it fails with "Bulunamadı: " + path before any reader runs.
+bool loadSkinInput(const std::wstring& path, SkinWorkspace& workspace, std::wstring& message,
+                   std::wstring& note);
+
+// A skin package file (.nvsk), read whole; the same "Bulunamadı: " check first.
+bool readPackageFile(const std::wstring& path, SkinFileSet& files, std::wstring& message);
 
 // The package embedded in an executable (platform layer; the native build cannot load executables).
 bool readExecutableSkin(const std::wstring& path, SkinFileSet& files, std::wstring& message);

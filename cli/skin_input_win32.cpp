@@ -13,7 +13,7 @@ bool readExecutableSkin(const std::wstring& path, SkinFileSet& files, std::wstri
         LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
     if (!module.get()) module.reset(LoadLibraryExW(path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE));
     if (!module.get()) {
-        message = L"Okunamadi: " + path;
+        message = L"Okunamadı: " + path;
         return false;
     }
     return readEmbeddedSkin(module.get(), files, &message);

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # demo.sh DIST SAMPLE_SKIN OUT: the main job on the bundled sample, with the programs of DIST under Wine.
-# Runs inside scripts/with-wine.sh (display and prefix ready).
+# Runs inside scripts/with-wine.sh (display and prefix ready). Everything it writes goes into OUT.
 set -euo pipefail
 dist=$(cd "$1" && pwd)
 sample=$(cd "$2" && pwd)
@@ -19,12 +19,28 @@ echo "$out/sample.nvsk ($(stat -c %s "$out/sample.nvsk") bayt)"
 step "Paketin içeriği (boyut, CRC-32, ad)"
 nvbuild list "$(winpath "$out/sample.nvsk")"
 
-step "Skinin özeti (önizlemenin yüklediği gibi)"
-nvbuild inspect "$(winpath "$sample")"
+step "Skinin özeti (önizlemenin yüklediği gibi) -> $out/sample.txt"
+nvbuild inspect "$(winpath "$sample")" | tee "$out/sample.txt"
 
-step "Oluşturmanın gömeceği paket, operatörün düzenlemeleriyle"
+step "Skin denetimi"
+nvbuild lint "$(winpath "$sample")"
+
+# The operator's edits, each one different from what the sample carries, so that the composed skin shows them.
+step "Oluşturmanın gömeceği paket, operatörün düzenlemeleriyle -> $out/composed.nvsk"
 nvbuild compose "$(winpath "$sample")" "$(winpath "$out/composed.nvsk")" \
-    --config-url https://patch.kaldra.example/launcher/config.xml --title "Kaldra Online" --conn 6 --seg 8 \
-    --link URL_SITE=https://www.kaldra.example/
+    --config-url https://patch.kaldra-tr.example/launcher/config.xml \
+    --news-url https://www.kaldra-tr.example/haberler \
+    --feed-url https://durum.kaldra-tr.example/feed.json \
+    --title "Kaldra Türkiye" --conn 8 --seg 16 --auto-start 1 --run-args "-lang tr -fullscreen" \
+    --link URL_SITE=https://www.kaldra-tr.example/ --link URL_SUPPORT=https://destek.kaldra-tr.example/
+rm -rf "$out/composed"
+nvbuild unpack "$(winpath "$out/composed.nvsk")" "$(winpath "$out/composed")"
+nvbuild inspect "$(winpath "$out/composed.nvsk")" >"$out/composed.txt"
 nvbuild inspect "$(winpath "$out/composed.nvsk")" --json >"$out/composed.json"
-echo "$out/composed.nvsk ($(stat -c %s "$out/composed.nvsk") bayt); özet: $out/composed.json"
+echo "$out/composed.nvsk ($(stat -c %s "$out/composed.nvsk") bayt); dosyaları: $out/composed/"
+echo "özeti: $out/composed.txt, $out/composed.json"
+
+step "Düzenlemelerin değiştirdikleri (- örnek skin, + oluşturmanın gömeceği)"
+summary() { grep -v '^Kaynak:' "$1" | tr -d '\r'; }
+diff --old-line-format='- %L' --new-line-format='+ %L' --unchanged-line-format='' \
+    <(summary "$out/sample.txt") <(summary "$out/composed.txt") || true

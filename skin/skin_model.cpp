@@ -11,9 +11,6 @@
 namespace nv {
 namespace {
 
-// Picture extensions in the order they are tried, both for cutting and for completing names.
-constexpr std::string_view kImageExtensions[] = {".png", ".jpg", ".jpeg", ".bmp", ".gif"};
-
 // Collects warnings only when the caller asked for them.
 class Warnings {
 public:
@@ -31,7 +28,7 @@ std::string_view textOf(const Bytes& bytes) {
 }
 
 bool hasImageExtension(std::string_view name) {
-    return std::any_of(std::begin(kImageExtensions), std::end(kImageExtensions),
+    return std::any_of(std::begin(kSkinImageExtensions), std::end(kSkinImageExtensions),
                        [&](std::string_view ext) { return endsWithIgnoreCase(name, ext); });
 }
 
@@ -68,7 +65,7 @@ public:
     DecodedImage completed(std::string_view name) {
         if (name.empty()) return {};
         if (hasImageExtension(name) && find(name)) return named(name);
-        for (std::string_view ext : kImageExtensions) {
+        for (std::string_view ext : kSkinImageExtensions) {
             std::string candidate = std::string(name) + std::string(ext);
             if (find(candidate)) return named(candidate);
         }
@@ -76,8 +73,8 @@ public:
     }
 
 private:
-    // Skin sets hold bare file names, so a path written in skin.xml ("./img/btn.png", "img\\btn.png") is looked
-    // up by its last part; the set's lookup folds ASCII case.
+    // Skin sets hold bare file names, so a path written in skin.xml ("./img/btn.png", "img\\btn.png") is
+    // looked up by its last part; the set's lookup folds ASCII case.
     const Bytes* find(std::string_view name) const {
         return name.empty() ? nullptr : files_.findFile(bareFileName(name));
     }
@@ -105,21 +102,11 @@ int hexValue(char c) {
 }
 
 void loadButtonImages(SkinImages& images, const XmlElement& e, SkinControl& c, Warnings& warnings) {
-    std::string base = c.image;
-    std::string ext;
-    for (std::string_view candidate : kImageExtensions) {
-        if (endsWithIgnoreCase(base, candidate)) {
-            ext = base.substr(base.size() - candidate.size());
-            base.resize(base.size() - candidate.size());
-            break;
-        }
-    }
-    if (endsWithIgnoreCase(base, "_up")) base.resize(base.size() - 3);
-
-    c.imageUp = images.named(base + "_up" + ext);
-    c.imageOn = images.named(base + "_on" + ext);
-    c.imageDown = images.named(base + "_dn" + ext);
-    c.imageDisabled = images.named(base + "_ds" + ext);
+    const ButtonImageNames names = buttonImageNames(c.image);
+    c.imageUp = images.named(names.up);
+    c.imageOn = images.named(names.on);
+    c.imageDown = images.named(names.down);
+    c.imageDisabled = images.named(names.disabled);
     if (c.imageUp.empty()) c.imageUp = images.named(c.image);
     // Missing states borrow from their neighbours: hover from up, pressed from hover, disabled from up.
     if (c.imageOn.empty()) c.imageOn = c.imageUp;
@@ -127,7 +114,7 @@ void loadButtonImages(SkinImages& images, const XmlElement& e, SkinControl& c, W
     if (c.imageDisabled.empty()) c.imageDisabled = c.imageUp;
 
     if (c.imageUp.empty()) {
-        warnings.add(L"Buton görseli yok: " + utf8ToWide(base + "_up"));
+        warnings.add(L"Buton görseli yok: " + utf8ToWide(names.base + "_up"));
         c.width = sizeAttribute(e, "width", "w");
         c.height = sizeAttribute(e, "height", "h");
     } else {
@@ -147,8 +134,8 @@ void loadGaugeImages(SkinImages& images, const XmlElement& e, SkinControl& c, Wa
                                                                  : c.imageFull.height;
 }
 
-SkinControl readControl(SkinImages& images, const XmlElement& e, uint32_t index,
-                        const LocaleTable& strings, Warnings& warnings) {
+SkinControl readControl(SkinImages& images, const XmlElement& e, uint32_t index, const LocaleTable& strings,
+                        Warnings& warnings) {
     SkinControl c;
     c.index = index;
     const std::string type = asciiLower(e.attribute("type"));
@@ -211,6 +198,20 @@ const char* controlKindName(ControlKind kind) {
         break;
     }
     return "unknown";
+}
+
+ButtonImageNames buttonImageNames(std::string_view image) {
+    std::string base(image);
+    std::string ext;
+    for (std::string_view candidate : kSkinImageExtensions) {
+        if (endsWithIgnoreCase(base, candidate)) {
+            ext = base.substr(base.size() - candidate.size());
+            base.resize(base.size() - candidate.size());
+            break;
+        }
+    }
+    if (endsWithIgnoreCase(base, "_up")) base.resize(base.size() - 3);
+    return {base, base + "_up" + ext, base + "_on" + ext, base + "_dn" + ext, base + "_ds" + ext};
 }
 
 bool parseColor(std::string_view text, uint32_t& argb) {

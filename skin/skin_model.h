@@ -62,7 +62,19 @@ struct SkinModel {
     SkinModel& operator=(const SkinModel&) = delete;
 };
 
-// True when the model is usable. Warnings (the builder's words, one line each) are appended when a list is given.
+// The picture extensions, in the order the loader cuts them off names and completes names with them.
+inline constexpr std::string_view kSkinImageExtensions[] = {".png", ".jpg", ".jpeg", ".bmp", ".gif"};
+
+// The four state pictures a button's "image" stands for: its extension and a trailing "_up" cut off, then
+// "_up", "_on", "_dn" and "_ds" put back with the extension ("btn.png" -> "btn_up.png", "btn_on.png", ...).
+struct ButtonImageNames {
+    std::string base; // without the state and the extension, as the missing-picture warning names it
+    std::string up, on, down, disabled;
+};
+ButtonImageNames buttonImageNames(std::string_view image);
+
+// True when the model is usable. Warnings (the builder's words, one line each) are appended when a list is
+// given.
 bool loadSkinModel(const SkinFileSet& files, SkinModel& model, std::vector<std::wstring>* warnings = nullptr);
 
 // The text of an upper-cased key, or the key itself when the table lacks it.

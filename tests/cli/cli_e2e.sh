@@ -90,14 +90,6 @@ check "a damaged package gives the CRC message" grep -qx "Skin paketi bozuk (CRC
 nv unpack "$(winpath "$work/bad.nvsk")" "$(winpath "$work/never")" >"$work/out" 2>"$work/err"
 check "unpacking a damaged package creates nothing" [ ! -e "$work/never" ]
 nv pack "$(winpath "$work/nothing-here")" "$(winpath "$work/x.nvsk")" >"$work/out" 2>"$work/err"
-check "a source that is neither folder nor zip exits 1" [ $? -eq 1 ]
-check "... with the loader's message" grep -qx "Zip dosyası ya da klasör bırakın." "$work/err"
-check "... and writes nothing" [ ! -e "$work/x.nvsk" ]
-nv >"$work/out" 2>"$work/err"
-check "no command is a usage error (2)" [ $? -eq 2 ]
-nv list >"$work/out" 2>"$work/err"
-check "a missing argument is a usage error (2)" [ $? -eq 2 ]
-nv frobnicate x >"$work/out" 2>"$work/err"
-check "an unknown command is a usage error (2)" [ $? -eq 2 ]
+check "a source that is not there exits 1 and writes nothing" sh -c "[ $? -eq 1 ] && [ ! -e '$work/x.nvsk' ]"
 
 finish

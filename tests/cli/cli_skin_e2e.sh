@@ -31,14 +31,22 @@ check "... the settings of norvane.ini" json_check "$work/sample.json" "j['setti
 nv inspect "$(winpath "$sample")" >"$work/sample.txt" 2>"$work/err"
 check "inspect as text exits 0" [ $? -eq 0 ]
 check "... shows the size, the window kind and that nothing is missing" \
-    sh -c "grep -q '^BOYUT: 920 x 580 px' '$work/sample.txt' && grep -q '^PENCERE: Saydam' '$work/sample.txt' && grep -q 'Tüm görseller bulundu; skin sorunsuz.' '$work/sample.txt'"
+    sh -c "grep -q '^BOYUT: *920 x 580 px' '$work/sample.txt' && grep -q '^PENCERE: *Saydam' '$work/sample.txt' && grep -q 'Tüm görseller bulundu; skin sorunsuz.' '$work/sample.txt'"
+check "... the news address that --news-url writes" \
+    grep -q 'Haber sayfası (LAUNCHER_IFRAME): *https://www.kaldra.example/haberler/baslatici' "$work/sample.txt"
+check "... and one aligned row per control, kinds in Turkish" python3 -c "
+import re, sys
+rows = [l for l in open(sys.argv[1], encoding='utf-8') if re.match(r'  \d+ ', l)]
+kinds = {re.match(r'  \d+ +(buton|metin|ilerleme|haber alanı|görsel) ', l) is not None for l in rows}
+places = {re.search(r' -?\d+,-?\d+ ', l).start() for l in rows}
+sys.exit(0 if len(rows) == 22 and kinds == {True} and len(places) == 1 else 1)" "$work/sample.txt"
 
 # --- hostile skins ------------------------------------------------------------------------------------------
 copy_sample nobg
 rm "$work/nobg/bg.png"
 nv inspect "$(winpath "$work/nobg")" >"$work/out" 2>"$work/err"
 check "a skin without its background exits 1" [ $? -eq 1 ]
-check "... with the loader's words" grep -q "Düzenleme mevcut değil. (arka plan görseli yok: bg)" "$work/out"
+check "... with the loader's words on stderr" grep -qx "Düzenleme mevcut değil. (arka plan görseli yok: bg)" "$work/err"
 
 copy_sample noaddress
 rm "$work/noaddress/Fernwick.url.xml"
@@ -51,7 +59,7 @@ copy_sample brokenxml
 printf '<skin background_image="bg">\n<control type="text">\n</skin>\n' >"$work/brokenxml/skin.xml"
 nv inspect "$(winpath "$work/brokenxml")" >"$work/out" 2>"$work/err"
 check "broken skin.xml exits 1 with the parser's message and line" \
-    sh -c "[ $? -eq 1 ] && grep -q 'skin.xml okunamadı: Kapanis etiketi uyusmuyor (satir 3)' '$work/out'"
+    sh -c "[ $? -eq 1 ] && grep -q 'skin.xml okunamadı: Kapanis etiketi uyusmuyor (satir 3)' '$work/err'"
 
 copy_sample absurd
 printf '<skin background_image="bg" feed_refresh="99999999999999">\n<control type="text" id="T" size="-4000000000" x="-99999" color="#GGGGGG" shadow="" align="nowhere" text="&#x110000; &amp;"/>\n<control type="button" id="B" image="../../etc/passwd"/>\n<control type="gauge" id="G" image_full="" w="-5"/>\n<control type="warp" id="W"/>\n</skin>\n' >"$work/absurd/skin.xml"
@@ -99,10 +107,23 @@ check "... with the loader's message and no package" \
     sh -c "grep -q 'arka plan görseli yok: bg' '$work/err' && [ ! -e '$work/nobg.nvsk' ]"
 nv compose "$(winpath "$sample")" "$(winpath "$work/x.nvsk")" --link NOPE=https://x/ >"$work/out" 2>"$work/err"
 check "a link for an id without a button exits 1" [ $? -eq 1 ]
-nv compose "$(winpath "$sample")" "$(winpath "$work/x.nvsk")" --conn 9 >"$work/out" 2>"$work/err"
-check "--conn out of range is a usage error (2)" [ $? -eq 2 ]
-nv compose "$(winpath "$sample")" "$(winpath "$work/x.nvsk")" --auto-start maybe >"$work/out" 2>"$work/err"
-check "a switch that is not 0 or 1 is a usage error (2)" [ $? -eq 2 ]
-check "... and nothing was written" [ ! -e "$work/x.nvsk" ]
+
+# --- lint: nothing on the sample; on a copy that inspect calls sound, each mistake with its file and line ------
+nv lint "$(winpath "$sample")" >"$work/out" 2>"$work/err"
+check "lint of the sample exits 0 and finds nothing" \
+    sh -c "[ $? -eq 0 ] && [ \"\$(tr -d '\r' <'$work/out')\" = 'Bulgu yok.' ] && [ ! -s '$work/err' ]"
+copy_sample careless
+sed -i 's|<control type="iframe" id="NEWS"|<control type="slider" id="VOLUME" x="900" y="570" />\n  &|; s|color="#7DF0A6"|color="#7DF0A"|' \
+    "$work/careless/skin.xml"
+printf 'notes' >"$work/careless/notlar.txt"
+nv inspect "$(winpath "$work/careless")" --json >"$work/out.json" 2>"$work/err"
+check "inspect calls the careless copy sound" sh -c "[ $? -eq 0 ] && [ ! -s '$work/err' ]"
+check "... without a single warning" json_check "$work/out.json" "j['ok'] and j['warnings'] == []"
+nv lint "$(winpath "$work/careless")" --json >"$work/lint.json" 2>"$work/err"
+check "lint of it exits 1 and counts its findings on stderr" sh -c "[ $? -eq 1 ] && grep -qx '3 bulgu.' '$work/err'"
+check "... each finding with its file, line and code" json_check "$work/lint.json" \
+    "not j['ok'] and j['loaded'] and [(f['file'], f['line'], f['code']) for f in j['findings']] == [('skin.xml', 19, 'unknown-type'), ('skin.xml', 25, 'bad-color'), ('notlar.txt', 0, 'unused-file')]"
+nv lint "$(winpath "$work/careless")" >"$work/out" 2>"$work/err"
+check "... and as text, file:line: first" grep -q '^skin.xml:19: Bilinmeyen kontrol türü: slider' "$work/out"
 
 finish

@@ -1,0 +1,98 @@
+// nvbuild lint: the skin author's checklist, beyond the loader's own warnings.
+
+#include "cli/json_writer.h"
+#include "cli/nvbuild.h"
+#include "cli/skin_input.h"
+#include "core/text.h"
+#include "skin/skin_lint.h"
+
+namespace nv {
+namespace {
+
+std::string jsonReport(const LintReport& report) {
+    JsonWriter json;
+    json.beginObject();
+    json.key("ok").value(report.loaded && report.findings.empty());
+    json.key("loaded").value(report.loaded);
+    json.key("findings").beginArray();
+    for (const LintFinding& f : report.findings) {
+        json.beginObject();
+        json.key("file").value(f.file);
+        json.key("line").value(f.line);
+        json.key("code").value(f.code);
+        json.key("message").value(f.message);
+        json.endObject();
+    }
+    json.endArray();
+    json.endObject();
+    return json.text();
+}
+
+// "file:line: message", as compilers write it, so that editors can jump to the place.
+std::wstring findingLine(const LintFinding& f) {
+    std::wstring place = utf8ToWide(f.file);
+    if (f.line > 0) place += L":" + std::to_wstring(f.line);
+    return place.empty() ? f.message : place + L": " + f.message;
+}
+
+int commandLint(const Invocation& invocation, Console& console) {
+    const bool json = invocation.has(L"--json");
+    SkinWorkspace workspace;
+    std::wstring message, note;
+    LintReport report;
+    if (!loadSkinInput(invocation.arguments[0], workspace, message, note)) {
+        if (json) {
+            report.findings.push_back({"", 0, "source", message});
+            console.outLine(utf8ToWide(jsonReport(report)));
+        }
+        return failed(console, message);
+    }
+    // The source as its author wrote it, before any composition.
+    report = lintSkin(workspace.files);
+    if (!note.empty())
+        report.findings.insert(report.findings.begin(), {"", 0, "unreadable", L"Not: " + note});
+
+    if (json) {
+        console.outLine(utf8ToWide(jsonReport(report)));
+    } else {
+        for (const LintFinding& f : report.findings)
+            console.outLine(findingLine(f));
+        if (report.findings.empty()) console.outLine(L"Bulgu yok.");
+    }
+    if (report.findings.empty()) return kExitOk;
+    const std::wstring count = std::to_wstring(report.findings.size()) + L" bulgu";
+    return failed(console, report.loaded ? count + L"." : L"Skin yüklenemedi; " + count + L".");
+}
+
+constexpr std::wstring_view kLintArguments[] = {L"SOURCE"};
+constexpr OptionSpec kLintOptions[] = {{L"--json", L""}};
+
+} // namespace
+
+const Command kLintCommand{
+    L"lint",
+    L"Skin yazarlarının sık yaptığı hataları dosya ve satırıyla bulur.",
+    L"lint SOURCE [--json]",
+    L"Argümanlar:\n"
+    L"  SOURCE  skin: klasör, .zip, skin paketi ya da (Windows'ta) skin taşıyan patcher .exe\n"
+    L"Seçenekler:\n"
+    L"  --json  bulguları tek bir JSON nesnesi olarak yazar: ok, loaded ve findings (file, line, code,\n"
+    L"          message)\n"
+    L"\n"
+    L"Yükleyicinin uyarılarına ek olarak bulunanlar: görseli eksik ya da açılamayan image kontrolü; dosya\n"
+    L"adından A-Z dışındaki bir harfin büyüklüğüyle ayrılan görsel adı; pencerenin tamamen ya da kısmen\n"
+    L"dışındaki kontrol; bilinmeyen tür, öğe ya da öznitelik; çözülemeyen (bu yüzden varsayılana dönen) "
+    L"renk;\n"
+    L"aynı kimliği taşıyan iki kontrol; dil dosyasında olmayan bir anahtarı adlandıran link_url; "
+    L"norvane.ini'de\n"
+    L"aralığa çekilen, varsayılana dönen ya da bilinmeyen ayar; genişliği olmayan metin alanı; hiçbir yerde\n"
+    L"kullanılmayan dosya.\n"
+    L"\n"
+    L"Her bulgu bir satır: dosya:satır: açıklama. Çıkış 0: bulgu yok; 1: bulgu var (sayısı standart hatada)\n"
+    L"ya da skin okunamadı.\n",
+    kLintArguments,
+    kLintOptions,
+    commandLint,
+};
+
+} // namespace nv

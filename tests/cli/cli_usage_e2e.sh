@@ -1,0 +1,85 @@
+#!/usr/bin/env bash
+# End-to-end test of how nvbuild answers a command line: what it says first, on which stream, with which exit
+# code, for every kind of wrong invocation, for help, and for inputs that are not there.
+# cli_usage_e2e.sh NVBUILD SAMPLE_SKIN [RUNNER]   (RUNNER: the Wine runner for nvbuild.exe; paths go as Z:\...)
+set -u
+nvbuild=$1
+sample=$2
+runner=${3:-}
+. "$(dirname "$0")/e2e_common.sh"
+
+S=$(winpath "$sample")
+O=$(winpath "$work/o.nvsk")
+missing=$(winpath "$work/yok")
+
+# answers EXIT STREAM FIRST_LINE ARGS...: nvbuild ARGS exits with EXIT, FIRST_LINE is the first line of STREAM
+# (out or err) and the other stream stays empty.
+answers() {
+    local exit=$1 stream=$2 first=$3
+    shift 3
+    nv "$@" >"$work/out" 2>"$work/err"
+    local got=$? other=out
+    [ "$stream" = out ] && other=err
+    local line
+    line=$(head -n 1 "$work/$stream" | tr -d '\r')
+    if [ "$got" -eq "$exit" ] && [ "$line" = "$first" ] && [ ! -s "$work/$other" ]; then return 0; fi
+    echo "     nvbuild $*: exit $got, std$stream starts '$line'; stdout/stderr:"
+    cat "$work/out" "$work/err" | sed 's/^/     | /'
+    return 1
+}
+case_() { check "nvbuild $(printf '%s ' "${@:4}" | tr '\r\n' '  ')-> $1 on std$2: $3" answers "$@"; }
+
+# --- the command line is wrong: exit 2, what is wrong first, on stderr -------------------------------------
+case_ 2 err "Eksik argüman: COMMAND"
+case_ 2 err "Bilinmeyen komut: frob" frob
+case_ 2 err "Bilinmeyen seçenek: --jsn" --jsn
+case_ 2 err "Eksik argüman: OUT" pack onlyone
+case_ 2 err "Eksik argüman: PACKAGE" list
+case_ 2 err "Fazla argüman: b" list a b
+case_ 2 err "Bilinmeyen seçenek: --jsn" inspect X --jsn
+case_ 2 err "Bilinmeyen seçenek: -x" lint X -x
+case_ 2 err "Fazla argüman: extra" compose "$S" "$O" extra
+case_ 2 err "Değer eksik: --title" compose "$S" "$O" --title
+case_ 2 err "Seçenek iki kez verildi: --conn" compose "$S" "$O" --conn 2 --conn 3
+case_ 2 err "--conn 1 ile 8 arasında bir tam sayı olmalı: 9" compose "$S" "$O" --conn 9
+case_ 2 err "--seg 1 ile 64 arasında bir tam sayı olmalı: 0" compose "$S" "$O" --seg 0
+case_ 2 err "--auto-start 0 ya da 1 olmalı: maybe" compose "$S" "$O" --auto-start maybe
+case_ 2 err "--link ID=URL biçiminde olmalı: URL_SITE" compose "$S" "$O" --link URL_SITE
+case_ 2 err "Satır sonu içeren değer: --title" compose "$S" "$O" --title $'Kaldra\nauto_start=1'
+case_ 2 err "Satır sonu içeren değer: --run-args" compose "$S" "$O" --run-args $'-x\r'
+case_ 2 err "Bilinmeyen komut: frob" help frob
+check "... and nothing was written by any of them" [ ! -e "$work/o.nvsk" ]
+nv pack onlyone >/dev/null 2>"$work/err"
+check "a usage error shows the command's short usage after the message" \
+    grep -qx "Kullanım: nvbuild pack SOURCE OUT" <(tr -d '\r' <"$work/err")
+
+# --- help: exit 0, standard output ----------------------------------------------------------------------------
+overview="nvbuild: Norvane skinlerini paketler, inceler, denetler ve oluşturmaya hazırlar."
+case_ 0 out "$overview" --help
+case_ 0 out "$overview" -h
+case_ 0 out "$overview" help
+for command in pack list unpack inspect lint compose; do
+    nv help "$command" >"$work/help" 2>"$work/err"
+    check "help $command exits 0 with its usage first" \
+        sh -c "[ $? -eq 0 ] && [ ! -s '$work/err' ] && head -n 1 '$work/help' | grep -q '^Kullanım: nvbuild $command '"
+done
+nv compose -h >"$work/help2" 2>&1
+check "compose -h is help compose" cmp -s "$work/help" "$work/help2"
+check "compose's help names units, ranges and the form of --link" \
+    sh -c "grep -q 'MB cinsinden, 1..64' '$work/help' && grep -q -- '--conn N .*1..8' '$work/help' && grep -q -- '--link ID=URL' '$work/help'"
+
+# --- inputs that are not there: exit 1, "Bulunamadı: " before any reader runs ---------------------------------
+for command in "pack $missing $O" "list $missing" "unpack $missing $(winpath "$work/d")" "inspect $missing" \
+    "lint $missing" "compose $missing $O"; do
+    # shellcheck disable=SC2086 # the command and its arguments, split on purpose (no spaces in these paths)
+    case_ 1 err "Bulunamadı: $missing" $command
+done
+nv inspect "$missing" --json >"$work/out" 2>"$work/err"
+check "inspect --json of a missing path still prints one JSON object" \
+    python3 -c "import json,sys; j=json.load(open(sys.argv[1],encoding='utf-8')); sys.exit(0 if not j['ok'] and j['warnings'] == [sys.argv[2]] else 1)" \
+    "$work/out" "Bulunamadı: $missing"
+check "... and the reason on stderr" grep -q "^Bulunamadı: " "$work/err"
+printf 'x' >"$work/plain.txt"
+case_ 1 err "Klasör ya da .zip değil: $(winpath "$work/plain.txt")" pack "$(winpath "$work/plain.txt")" "$O"
+
+finish

@@ -1,0 +1,228 @@
+#include "skin/skin_lint.h"
+#include "core/text.h"
+#include "skin/skin_model.h"
+#include "tests/support/image_files.h"
+#include "tests/support/test_support.h"
+
+#include <gtest/gtest.h>
+
+namespace nv {
+namespace {
+
+// A 40 x 30 skin with nothing to find: an address file, a background and the given skin.xml lines between
+// "<skin>" (line 1) and "</skin>", plus the extra files.
+SkinFileSet skinWith(std::string_view controls, std::vector<std::pair<std::string, Bytes>> extra = {}) {
+    SkinFileSet set;
+    set.putFile("fernwick.url.xml",
+                test::bytesOf("<urls remoteConfigPath=\"https://patch.example/c.xml\"/>"));
+    set.putFile("main.png", test::makePng(40, 30, 0xFF102030));
+    set.putFile("skin.xml", test::bytesOf("<skin>\n" + std::string(controls) + "</skin>\n"));
+    for (auto& [name, bytes] : extra)
+        set.putFile(name, std::move(bytes));
+    return set;
+}
+
+std::string describe(const LintReport& report) {
+    std::string out;
+    for (const LintFinding& f : report.findings)
+        out += f.file + ":" + std::to_string(f.line) + " " + f.code + " " + test::fsPath(f.message).string() +
+               "\n";
+    return out;
+}
+
+TEST(SkinLint, EachMistakeGivesOneFindingWithItsPlaceOnASkinTheLoaderCallsSound) {
+    const Bytes icon = test::makePng(4, 4, 0xFFFFFFFF);
+    const std::string sharpS = "\xC5\x9E"; // Ş
+    const std::string smallS = "\xC5\x9F"; // ş
+    struct Case {
+        const char* what;
+        std::string controls;
+        std::vector<std::pair<std::string, Bytes>> extra;
+        LintFinding expected; // file, line and code (the message is checked for the name it carries)
+        const char* mentions;
+    } cases[] = {
+        {"image control without its file",
+         "<control type=\"image\" id=\"LOGO\" image=\"logo.png\"/>\n",
+         {},
+         {"skin.xml", 2, "missing-image", {}},
+         "logo.png"},
+        {"image control without image",
+         "<control type=\"image\" id=\"LOGO\"/>\n",
+         {},
+         {"skin.xml", 2, "missing-image", {}},
+         "LOGO"},
+        {"image control whose file is no picture",
+         "<control type=\"image\" image=\"logo.png\"/>\n",
+         {{"logo.png", test::bytesOf("not a picture")}},
+         {"skin.xml", 2, "missing-image", {}},
+         "logo.png"},
+        {"gauge's empty picture missing",
+         "<control type=\"gauge\" image_full=\"full\"\n image_empty=\"bos\"/>\n",
+         {{"full.png", icon}},
+         {"skin.xml", 3, "missing-image", {}},
+         "bos"},
+        {"picture named with another case of a Turkish letter",
+         "<control type=\"image\" image=\"" + sharpS + "erit.png\"/>\n",
+         {{smallS + "erit.png", icon}},
+         {"skin.xml", 2, "image-case", {}},
+         "erit.png"},
+        {"button state picture in another case",
+         "<control type=\"button\" image=\"d\xC3\xBC\xC4\x9Fme.png\"/>\n",
+         {{"d\xC3\xBC\xC4\x9Fme_up.png", icon}, {"D\xC3\x9C\xC4\x9EME_on.png", icon}}, // düğme_up, DÜĞME_on
+         {"skin.xml", 2, "image-case", {}},
+         "me_on.png"},
+        {"control partly outside",
+         "<control type=\"image\" id=\"LOGO\" x=\"38\" y=\"2\" image=\"i.png\"/>\n",
+         {{"i.png", icon}},
+         {"skin.xml", 2, "outside-window", {}},
+         "LOGO"},
+        {"control wholly outside",
+         "<control type=\"text\" id=\"T\" x=\"-90\" y=\"5\" width=\"50\"/>\n",
+         {},
+         {"skin.xml", 2, "outside-window", {}},
+         "tamamen"},
+        {"unknown type",
+         "<control type=\"slider\" id=\"S\"/>\n",
+         {},
+         {"skin.xml", 2, "unknown-type", {}},
+         "slider"},
+        {"control without type", "<control id=\"S\"/>\n", {}, {"skin.xml", 2, "unknown-type", {}}, "type"},
+        {"colour that does not parse",
+         "<control type=\"text\" width=\"9\"\n color=\"red\"/>\n",
+         {},
+         {"skin.xml", 3, "bad-color", {}},
+         "red"},
+        {"shadow that does not parse",
+         "<control type=\"text\" width=\"9\" shadow=\"#12345\"/>\n",
+         {},
+         {"skin.xml", 2, "bad-color", {}},
+         "#12345"},
+        {"duplicate id (case folded)",
+         "<control type=\"text\" id=\"T\" width=\"9\"/>\n<control type=\"text\" id=\"t\" width=\"9\"/>\n",
+         {},
+         {"skin.xml", 3, "duplicate-id", {}},
+         "2"},
+        {"link to a locale key the locale file lacks",
+         "<control type=\"button\" image=\"b.png\" link_url=\"URL_FORUM\"/>\n",
+         {{"b.png", icon}},
+         {"skin.xml", 2, "missing-locale-key", {}},
+         "URL_FORUM"},
+        {"text without width",
+         "<control type=\"text\" id=\"TEXT_MAIN\"/>\n",
+         {},
+         {"skin.xml", 2, "no-size", {}},
+         "TEXT_MAIN"},
+        {"iframe without height",
+         "<control type=\"iframe\" id=\"NEWS\" width=\"20\"/>\n",
+         {},
+         {"skin.xml", 2, "no-size", {}},
+         "NEWS"},
+        {"misspelt attribute",
+         "<control type=\"text\" width=\"9\" colour=\"#FFFFFF\"/>\n",
+         {},
+         {"skin.xml", 2, "unknown-attribute", {}},
+         "colour"},
+        {"element that is not <control>",
+         "<Control type=\"text\"/>\n",
+         {},
+         {"skin.xml", 2, "unknown-element", {}},
+         "Control"},
+        {"connections clamped",
+         "",
+         {{"norvane.ini", test::bytesOf("; x\r\n[patcher]\r\nconnections=20\r\n")}},
+         {"norvane.ini", 3, "setting-clamped", {}},
+         "8"},
+        {"segment size that is no number",
+         "",
+         {{"norvane.ini", test::bytesOf("[Patcher]\nsegment_mb = 8MB\n")}},
+         {"norvane.ini", 2, "setting-default", {}},
+         "segment_mb=8MB"},
+        {"switch that does not read",
+         "",
+         {{"norvane.ini", test::bytesOf("[patcher]\rauto_start=maybe\r")}},
+         {"norvane.ini", 2, "setting-default", {}},
+         "maybe"},
+        {"misspelt setting",
+         "",
+         {{"norvane.ini", test::bytesOf("[patcher]\n\nconections=6\n")}},
+         {"norvane.ini", 3, "unknown-setting", {}},
+         "patcher.conections"},
+        {"setting outside [patcher]",
+         "",
+         {{"norvane.ini", test::bytesOf("title=Kaldra\n")}},
+         {"norvane.ini", 1, "unknown-setting", {}},
+         "title"},
+        {"file nothing uses",
+         "",
+         {{"readme.txt", test::bytesOf("x")}},
+         {"readme.txt", 0, "unused-file", {}},
+         "readme.txt"},
+        {"locale file other than the one in use",
+         "",
+         {{"fernwick.locale.xml", test::bytesOf("<torrent_locale/>")},
+          {"english.locale.xml", test::bytesOf("<torrent_locale/>")}},
+         {"english.locale.xml", 0, "unused-file", {}},
+         "english"},
+    };
+    for (const Case& c : cases) {
+        SkinFileSet set = skinWith(c.controls, c.extra);
+        SkinModel model;
+        std::vector<std::wstring> warnings;
+        ASSERT_TRUE(loadSkinModel(set, model, &warnings)) << c.what;
+        EXPECT_TRUE(warnings.empty()) << c.what << ": the loader itself should call this skin sound";
+
+        const LintReport report = lintSkin(set);
+        EXPECT_TRUE(report.loaded) << c.what;
+        if (!c.mentions) {
+            EXPECT_TRUE(report.findings.empty()) << c.what << "\n" << describe(report);
+            continue;
+        }
+        ASSERT_EQ(report.findings.size(), 1u) << c.what << "\n" << describe(report);
+        const LintFinding& f = report.findings[0];
+        EXPECT_EQ(f.file + ":" + std::to_string(f.line) + " " + f.code,
+                  c.expected.file + ":" + std::to_string(c.expected.line) + " " + c.expected.code)
+            << c.what;
+        EXPECT_NE(wideToUtf8(f.message).find(c.mentions), std::string::npos)
+            << c.what << ": " << describe(report);
+    }
+}
+
+TEST(SkinLint, ButtonsAndGaugesCountTheirStatePicturesAsUsed) {
+    const Bytes icon = test::makePng(4, 4, 0xFFFFFFFF);
+    SkinFileSet set =
+        skinWith("<control type=\"button\" id=\"B\" image=\"btn_up.png\"/>\n"
+                 "<control type=\"gauge\" id=\"G\" image_full=\"full\" image_empty=\"empty.png\"/>\n",
+                 {{"btn_up.png", icon},
+                  {"btn_on.png", icon},
+                  {"btn_dn.png", icon},
+                  {"btn_ds.png", icon},
+                  {"full.png", icon},
+                  {"empty.png", icon},
+                  {"norvane.ini", test::bytesOf("[patcher]\ntitle=x\nconnections=8\n")}});
+    const LintReport report = lintSkin(set);
+    EXPECT_TRUE(report.findings.empty()) << describe(report);
+}
+
+TEST(SkinLint, ALoaderFailureIsReportedInTheLoadersWordsAndExplainedWhenACaseIsToBlame) {
+    SkinFileSet set = skinWith("");
+    set.putFile("skin.xml", test::bytesOf("<skin background_image=\"\xC3\x96n\"/>")); // Ön
+    set.putFile("\xC3\xB6n.png", test::makePng(8, 8, 0xFF000000));                    // ön.png
+    const LintReport report = lintSkin(set);
+    EXPECT_FALSE(report.loaded);
+    ASSERT_EQ(report.findings.size(), 2u) << describe(report);
+    EXPECT_EQ(report.findings[0].code, "loader");
+    EXPECT_EQ(report.findings[0].message, L"Düzenleme mevcut değil. (arka plan görseli yok: \u00D6n)");
+    EXPECT_EQ(report.findings[1].code, "image-case");
+    EXPECT_EQ(report.findings[1].line, 1);
+}
+
+TEST(SkinLint, NameCaseFoldingCoversTurkishAndOtherLetters) {
+    EXPECT_EQ(foldNameCase(L"\u015E\u011E\u00DC\u00D6\u00C7\u0130I"),
+              foldNameCase(L"\u015F\u011F\u00FC\u00F6\u00E7i\u0131"));
+    EXPECT_EQ(foldNameCase(L"\u0141\u017D\u0394\u0416\u0401"),
+              foldNameCase(L"\u0142\u017E\u03B4\u0436\u0451"));
+    EXPECT_NE(foldNameCase(L"\u00D7"), foldNameCase(L"\u00F7")) << "the multiplication sign is no letter";
+}
+
+} // namespace
+} // namespace nv
