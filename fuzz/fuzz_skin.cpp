@@ -1,11 +1,13 @@
 // The skin as the builder handles it: a set of companion files and pictures is loaded as the preview loads it,
 // then composed with the operator's edits and packed as a build packs it. Whatever loaded before composition
-// must still load after it: the in-place writers may change values, never break a file.
+// must still load after it: the in-place writers may change values, never break a file. The author's checklist
+// runs over the same bytes and must agree with the loader.
 //
 // Input: entries of [name index: 1 byte][length: 4 bytes, little-endian][data], the name taken from a fixed list
 // so that the fuzzer spends its time inside the files rather than on their names.
 
 #include "skin/package.h"
+#include "skin/skin_lint.h"
 #include "skin/workspace.h"
 
 #include <cstdlib>
@@ -44,6 +46,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::vector<std::wstring> warnings;
     const bool loads = nv::loadSkinModel(files, model, &warnings);
     require(loads || !warnings.empty()); // a failed load always says why
+
+    const nv::LintReport lint = nv::lintSkin(files);
+    require(lint.loaded == loads);
+    for (const nv::LintFinding& f : lint.findings)
+        require(!f.message.empty() && f.line >= 0 && (f.file.empty() || files.hasFile(f.file)));
 
     nv::SkinWorkspace ws;
     std::wstring message;
