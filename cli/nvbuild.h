@@ -4,8 +4,7 @@
 // How nvbuild talks (every command keeps to this, so that scripts can rely on it):
 // - Exit codes: 0 success, 1 the operation failed, 2 the command line is wrong.
 // - What a command produces goes to standard output; every failure reason goes to standard error, always,
-// each
-//   message alone on its line (also when the command prints a JSON report on standard output).
+//   each message alone on its line (also when the command prints a JSON report on standard output).
 // - A wrong command line says first what is wrong, in one of the fixed forms that the parser writes
 //   ("Bilinmeyen komut: X", "Eksik argüman: X", "Fazla argüman: X", "Bilinmeyen seçenek: X",
 //   "Değer eksik: X", "Seçenek iki kez verildi: X", "Satır sonu içeren değer: X"), then the short usage of
@@ -23,8 +22,7 @@
 //    `const Command k<Name>Command{...}`: name, one-line summary, short usage (after "nvbuild "), full help
 //    (every argument and option: what it is, units, ranges, the form of its value), its positional
 //    arguments and its options. Upper-case placeholders in the usage name the arguments ("SOURCE", "OUT").
-// 2. Declare the entry below and list it in kCommands (nvbuild.cpp); the order there is the order of the
-// help.
+// 2. Declare the entry below and list it in kCommands (nvbuild.cpp), whose order is that of the help.
 // 3. The parser has checked the argument count and the options before the command runs: the command reads
 //    invocation.arguments (exactly as many as it declares) and invocation.value/has/values.
 // 4. Add the command's usage errors to tests/cli/cli_usage_e2e.sh.

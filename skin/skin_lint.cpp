@@ -22,8 +22,7 @@ std::string_view textOf(const Bytes& bytes) {
 }
 
 // Line numbers of byte offsets, from 1, after one pass over the text (skins come from strangers: a file of
-// millions of lines must not cost a scan per finding). A lone CR ends a line too, as the settings reader sees
-// it.
+// millions of lines must not cost a scan per finding). A lone CR ends a line too, as for the settings reader.
 class LineIndex {
 public:
     LineIndex() = default;
@@ -162,8 +161,7 @@ private:
     }
 
     // For a name the set lacks: a file whose name differs only in the case of a letter beyond A-Z (which
-    // lookups do not fold) is what the author meant. Says so (once per control: reported) and counts the file
-    // as used.
+    // lookups do not fold) is what the author meant. Says so (once per control: reported), counts it as used.
     bool caseVariant(const std::string& name, size_t offset, bool& reported) {
         const std::string_view bare = bareFileName(name);
         auto it = bare.empty() ? folded_.end() : folded_.find(foldNameCase(utf8ToWide(asciiLower(bare))));
