@@ -1,0 +1,258 @@
+#include "ui/layout.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+namespace nv::ui {
+namespace {
+
+// Text about as wide and tall as Segoe UI's: 0.55 em a character, 1.4 em a line, greedy word wrap.
+class FakeMeasure : public TextMeasure {
+public:
+    explicit FakeMeasure(int dpi) : dpi_(dpi) {}
+    int width(std::wstring_view text, int font) const override {
+        return static_cast<int>(text.size()) * px(font) * 55 / 100;
+    }
+    int lineHeight(int font) const override { return px(font) * 14 / 10; }
+    int wrappedHeight(std::wstring_view text, int font, int width) const override {
+        int lines = 1, used = 0;
+        size_t start = 0;
+        while (start <= text.size()) {
+            size_t end = text.find(L' ', start);
+            if (end == std::wstring_view::npos) end = text.size();
+            const int word = this->width(text.substr(start, end - start + 1), font);
+            if (used > 0 && used + word > width) {
+                ++lines;
+                used = 0;
+            }
+            used += word;
+            start = end + 1;
+        }
+        return lines * lineHeight(font);
+    }
+
+private:
+    int px(int font) const { return scaleLength(fontSpec(font).pixels, dpi_); }
+    int dpi_;
+};
+
+PageModel loadedModel(int section) {
+    PageModel m;
+    m.section = section;
+    m.skinLoaded = true;
+    m.skinSource = L"C:\\skins\\gece-mavisi";
+    m.summary = {true, 920, 580, true, 8, 5, 9, {}, {L"NEWS  •  556 × 198 px"}};
+    for (int i = 0; i < 5; ++i)
+        m.links.push_back({kFieldLinkFirst + i, L"URL_" + std::to_wstring(i), L"btn.png  •  skin.xml'den"});
+    m.configOrigin = L"skin.xml'den";
+    m.buildState = BuildPageState::Done;
+    m.hasResult = true;
+    m.crc = 0x9C41A07E;
+    m.outputPath = L"C:\\Oyunlar\\Kaldra\\Kaldra.exe";
+    m.readiness = readinessRows({});
+    m.preview = PreviewState::Waiting;
+    m.iconPath = L"C:\\icons\\kaldra.png";
+    return m;
+}
+
+TEST(Layout, FrameColumns) {
+    struct Case {
+        int w, h, dpi;
+        bool compact;
+        Rect page, form, right, footer;
+    } cases[] = {
+        {1320,
+         820,
+         96,
+         false,
+         {260, 86, 1292, 772},
+         {260, 86, 839, 772},
+         {859, 86, 1292, 772},
+         {232, 790, 1320, 820}},
+        // Below 780 px the compact variant; the right column keeps its 360 px minimum.
+        {1100,
+         700,
+         96,
+         true,
+         {260, 86, 1072, 652},
+         {260, 86, 692, 652},
+         {712, 86, 1072, 652},
+         {232, 670, 1100, 700}},
+        {1980,
+         1230,
+         144,
+         false,
+         {390, 129, 1938, 1158},
+         {390, 129, 1258, 1158},
+         {1288, 129, 1938, 1158},
+         {348, 1185, 1980, 1230}},
+        {1650,
+         1050,
+         144,
+         true,
+         {390, 129, 1608, 978},
+         {390, 129, 1038, 978},
+         {1068, 129, 1608, 978},
+         {348, 1005, 1650, 1050}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::to_string(c.w) + "x" + std::to_string(c.h) + "@" + std::to_string(c.dpi));
+        const FrameLayout f = layoutFrame(c.w, c.h, c.dpi);
+        EXPECT_EQ(f.compact, c.compact);
+        EXPECT_EQ(f.sidebar.right, scaleLength(232, c.dpi));
+        EXPECT_EQ(f.page, c.page);
+        EXPECT_EQ(f.form, c.form);
+        EXPECT_EQ(f.right, c.right);
+        EXPECT_EQ(f.footer, c.footer);
+    }
+    // A window shrunk below anything sensible still gives ordered rectangles.
+    const FrameLayout tiny = layoutFrame(100, 50, 96);
+    EXPECT_LE(tiny.page.left, tiny.page.right);
+    EXPECT_LE(tiny.page.top, tiny.page.bottom);
+}
+
+// Every section, loaded or not, at the normal and the minimum size and at 144 DPI: blocks stay inside the
+// window, page content inside the page area, cards do not overlap, field boxes neither, and the edit controls
+// fit their rows.
+TEST(Layout, SectionsFitTheirColumns) {
+    struct Size {
+        int w, h, dpi;
+    } sizes[] = {{1320, 820, 96}, {1100, 700, 96}, {1980, 1230, 144}, {1650, 1050, 144}};
+    for (const Size& size : sizes) {
+        const FakeMeasure measure(size.dpi);
+        for (int section = 0; section < kSectionCount; ++section) {
+            for (bool loaded : {false, true}) {
+                SCOPED_TRACE(std::to_string(size.w) + "x" + std::to_string(size.h) + "@" +
+                             std::to_string(size.dpi) + " section " + std::to_string(section) +
+                             (loaded ? " loaded" : " empty"));
+                PageModel model = loaded ? loadedModel(section) : PageModel{};
+                model.section = section;
+                const WindowLayout layout = layoutWindow(size.w, size.h, size.dpi, model, measure);
+                const FrameLayout& f = layout.frame;
+                std::vector<Rect> cards, boxes;
+                for (const Block& b : layout.blocks) {
+                    EXPECT_TRUE(f.client.contains(b.rect)) << static_cast<int>(b.kind);
+                    // Below the header everything right of the sidebar is page content or footer.
+                    if (b.rect.left >= f.page.left && b.rect.top >= f.page.top) {
+                        const Rect& area = b.rect.top >= f.footer.top ? f.footer : f.page;
+                        EXPECT_TRUE(area.contains(b.rect)) << static_cast<int>(b.kind);
+                    }
+                    if (b.kind == BlockKind::Card) cards.push_back(b.rect);
+                    if (b.kind == BlockKind::FieldBox) {
+                        boxes.push_back(b.rect);
+                        EXPECT_TRUE(f.form.contains(b.rect));
+                        const Rect edit = editRect(b.rect, measure.lineHeight(kFontMono), size.dpi);
+                        EXPECT_TRUE(b.rect.contains(edit));
+                    }
+                    if (b.kind == BlockKind::Text) {
+                        EXPECT_GT(b.rect.width(), 0);
+                    }
+                }
+                for (size_t i = 0; i < cards.size(); ++i)
+                    for (size_t j = i + 1; j < cards.size(); ++j)
+                        EXPECT_FALSE(cards[i].intersects(cards[j]));
+                for (size_t i = 0; i < boxes.size(); ++i)
+                    for (size_t j = i + 1; j < boxes.size(); ++j)
+                        EXPECT_FALSE(boxes[i].intersects(boxes[j]));
+                EXPECT_EQ(layout.logView.empty(), section != kDerleme);
+            }
+        }
+    }
+}
+
+std::set<int> placedFields(const WindowLayout& layout) {
+    std::set<int> ids;
+    for (const auto& [id, rect] : fieldRows(layout))
+        ids.insert(id);
+    return ids;
+}
+
+TEST(Layout, EachSectionPlacesItsFields) {
+    const FakeMeasure measure(96);
+    const std::set<int> expected[kSectionCount] = {
+        {},
+        {kFieldConfigUrl, kFieldNewsUrl, kFieldFeedUrl, kFieldTitle},
+        {kFieldSegment, kFieldRunArgs},
+        {kFieldOutName, kFieldProduct, kFieldCompany, kFieldVersion, kFieldCopyright},
+        {kFieldOutPath, kFieldPfx, kFieldPassword, kFieldTimestamp},
+        {},
+    };
+    for (int section = 0; section < kSectionCount; ++section) {
+        PageModel model;
+        model.section = section;
+        EXPECT_EQ(placedFields(layoutWindow(1320, 820, 96, model, measure)), expected[section]) << section;
+    }
+}
+
+TEST(Layout, LinkFieldsArePagedWithoutLosingAny) {
+    for (auto [w, h] : {std::pair{1320, 820}, std::pair{1100, 700}}) {
+        const FakeMeasure measure(96);
+        PageModel model = loadedModel(kBaglantilar);
+        const WindowLayout first = layoutWindow(w, h, 96, model, measure);
+        ASSERT_GE(first.linkPageSize, 1);
+        EXPECT_EQ(first.linkPages, linkPageCount(5, first.linkPageSize));
+        std::set<int> seen;
+        for (int page = 0; page < first.linkPages; ++page) {
+            model.linkPage = page;
+            for (int id : placedFields(layoutWindow(w, h, 96, model, measure)))
+                if (isLinkField(id)) {
+                    EXPECT_TRUE(seen.insert(id).second) << id << " shown twice";
+                }
+        }
+        EXPECT_EQ(seen.size(), 5u);
+        // A page beyond the last shows the last page.
+        model.linkPage = 99;
+        const auto last = placedFields(layoutWindow(w, h, 96, model, measure));
+        EXPECT_TRUE(last.count(kFieldLinkFirst + 4));
+    }
+    EXPECT_EQ(linkPageCount(0, 3), 1);
+    EXPECT_EQ(linkPageCount(6, 3), 2);
+    EXPECT_EQ(linkPageCount(7, 3), 3);
+    EXPECT_EQ(linkPageCount(7, 0), 7);
+}
+
+TEST(Layout, HitTestingFindsItemsAndSkipsDisabledOnes) {
+    const FakeMeasure measure(96);
+    PageModel model = loadedModel(kDavranis);
+    model.connections = 6;
+    const WindowLayout layout = layoutWindow(1320, 820, 96, model, measure);
+    int chips = 0;
+    for (const Block& b : layout.blocks) {
+        if (b.kind == BlockKind::NavEntry || b.kind == BlockKind::Chip) {
+            const Hit hit =
+                hitTest(layout, (b.rect.left + b.rect.right) / 2, (b.rect.top + b.rect.bottom) / 2);
+            EXPECT_EQ(hit.item, b.item);
+            EXPECT_EQ(hit.sub, b.sub);
+        }
+        if (b.kind == BlockKind::Chip) {
+            ++chips;
+            EXPECT_EQ(b.on, b.sub == 6);
+        }
+    }
+    EXPECT_EQ(chips, 8);
+    EXPECT_EQ(hitTest(layout, 5, 5).item, kItemNone);
+
+    // While building, the page's controls stop answering; the sidebar's section entries do not.
+    model.building = true;
+    const WindowLayout busy = layoutWindow(1320, 820, 96, model, measure);
+    for (const Block& b : busy.blocks) {
+        const Hit hit = hitTest(busy, (b.rect.left + b.rect.right) / 2, (b.rect.top + b.rect.bottom) / 2);
+        if (b.kind == BlockKind::Chip || b.kind == BlockKind::Toggle) {
+            EXPECT_EQ(hit.item, kItemNone);
+        }
+        if (b.kind == BlockKind::NavEntry) {
+            EXPECT_EQ(hit.item, kItemSection);
+        }
+    }
+}
+
+TEST(Layout, EditControlSitsInsideItsRow) {
+    const Rect row{100, 200, 500, 232};
+    EXPECT_EQ(editRect(row, 16, 96), (Rect{112, 207, 488, 225}));
+    EXPECT_EQ(editRect({150, 300, 750, 348}, 24, 144), (Rect{168, 311, 732, 337}));
+}
+
+} // namespace
+} // namespace nv::ui

@@ -1,0 +1,317 @@
+// Layout of the last three sections: Kimlik, Çıktı ve İmza, Derleme.
+
+#include "ui/layout_cards.h"
+
+#include "core/paths.h"
+
+#include <algorithm>
+
+namespace nv::ui::detail {
+
+void layoutKimlik(Ctx& ctx) {
+    const FrameLayout& f = ctx.frame;
+    const PageModel& m = ctx.model;
+    const Spacing sp = spacing(ctx);
+
+    Card icon(ctx, f.form.left, f.form.right, f.form.top);
+    icon.title(L"Simge");
+    icon.note(L"Patcher exe'sinin Gezgin'de ve görev çubuğunda görünen simgesi.");
+    icon.gap(sp.noteGap);
+
+    const int tile = ctx.s(48);
+    const int rowTop = icon.y;
+    Block preview{.kind = BlockKind::StateTile,
+                  .rect = {icon.left(), rowTop, icon.left() + tile, rowTop + tile}};
+    preview.on = m.iconPreview;
+    preview.hasIcon = true;
+    preview.icon = Icon::Image;
+    preview.field = 1; // the icon tile: draws the chosen icon's pixels when there are any
+    ctx.add(std::move(preview));
+
+    const bool hasIcon = !m.iconPath.empty();
+    const std::wstring choose = L"Simge seç";
+    int buttonsLeft = icon.right() - buttonWidth(ctx, choose, true);
+    if (hasIcon) buttonsLeft -= sp.button + ctx.s(8);
+    const int buttonTop = rowTop + (tile - sp.button) / 2;
+    const Rect chooseRect = icon.button(buttonsLeft, buttonTop, choose, kItemChooseIcon, 0, Icon::Image);
+    if (hasIcon) {
+        Block remove{.kind = BlockKind::IconButton,
+                     .rect = {chooseRect.right + ctx.s(8), buttonTop, chooseRect.right + ctx.s(8) + sp.button,
+                              buttonTop + sp.button},
+                     .item = kItemRemoveIcon};
+        remove.hasIcon = true;
+        remove.icon = Icon::Trash;
+        remove.disabled = m.building;
+        ctx.add(std::move(remove));
+    }
+    const int textLeft = icon.left() + tile + ctx.s(14);
+    const int textRight = buttonsLeft - ctx.s(12);
+    const int nameHeight = ctx.line(kFontBodyBold);
+    const int lineHeight = ctx.line(kFontTiny);
+    const int textTop = rowTop + (tile - nameHeight - lineHeight - ctx.s(2)) / 2;
+    ctx.text({textLeft, textTop, textRight, textTop + nameHeight},
+             hasIcon ? pathFileName(m.iconPath) : L"Varsayılan simge", kFontBodyBold, color::kText);
+    ctx.text(
+        {textLeft, textTop + nameHeight + ctx.s(2), textRight, textTop + nameHeight + ctx.s(2) + lineHeight},
+        hasIcon ? pathParent(m.iconPath) : L"Şablonun simgesi kullanılacak", kFontTiny, color::kMuted);
+    icon.y = rowTop + tile + ctx.s(10);
+    icon.note(L".ico önerilir; PNG/JPG otomatik çok boyutlu simgeye çevrilir.", kFontTiny, color::kMuted);
+    const int iconBottom = icon.finish();
+
+    Card info(ctx, f.form.left, f.form.right, iconBottom + sp.cardGap);
+    info.title(L"Dosya bilgileri");
+    info.gap(sp.noteGap);
+    bool first = true;
+    for (int id : {kFieldOutName, kFieldProduct, kFieldCompany, kFieldVersion, kFieldCopyright}) {
+        const FieldSpec* spec = findField(id);
+        if (!first) info.gap(sp.fieldGap);
+        first = false;
+        info.field(id, spec->label, L"", spec->hint);
+    }
+    info.finish();
+}
+
+void layoutCikti(Ctx& ctx) {
+    const FrameLayout& f = ctx.frame;
+    const PageModel& m = ctx.model;
+    const Spacing sp = spacing(ctx);
+
+    Card output(ctx, f.form.left, f.form.right, f.form.top);
+    output.title(L"Çıktı");
+    output.note(L"Oluşturulan patcher exe'sinin kaydedileceği yer.");
+    output.gap(sp.noteGap);
+    const FieldSpec* path = findField(kFieldOutPath);
+    const int pickerLeft = output.right() - sp.box;
+    // The label is the page's word for the place; the hint sits under the row.
+    const Rect box = output.field(path->id, L"Konum", L"", L"", pickerLeft - ctx.s(8));
+    Block picker{.kind = BlockKind::IconButton,
+                 .rect = {pickerLeft, box.top, output.right(), box.bottom},
+                 .item = kItemChooseOutput};
+    picker.hasIcon = true;
+    picker.icon = Icon::FolderOpen;
+    picker.disabled = m.building;
+    ctx.add(std::move(picker));
+    output.gap(sp.hintGap);
+    output.note(path->hint, kFontTiny, color::kMuted);
+    const int outputBottom = output.finish();
+
+    Card sign(ctx, f.form.left, f.form.right, outputBottom + sp.cardGap);
+    sign.title(L"Kod imzalama (isteğe bağlı)");
+    sign.note(L"İmzalı exe yayıncı adıyla açılır; uyarı ve yanlış alarm riski azalır.");
+    sign.note(L"Windows SDK'daki signtool.exe ile, SHA-256.", kFontTiny, color::kMuted);
+    sign.gap(sp.noteGap - ctx.s(4));
+    const int toggleHeight = ctx.line(kFontBodyBold) + ctx.line(kFontTiny) + ctx.s(ctx.compact() ? 8 : 14);
+    Block toggle{.kind = BlockKind::Toggle,
+                 .rect = {sign.left(), sign.y, sign.right(), sign.y + toggleHeight},
+                 .item = kItemToggleSigning};
+    toggle.text = L"Exe'yi imzala";
+    toggle.text2 = m.signtoolFound ? L"signtool: " + m.signtoolPath
+                                   : L"signtool.exe bulunamadı — imza için Windows SDK gerekir.";
+    toggle.on = m.signing;
+    toggle.disabled = m.building;
+    ctx.add(std::move(toggle));
+    sign.gap(toggleHeight + sp.fieldGap);
+
+    const std::wstring choose = L"Seç";
+    const int chooseWidth = buttonWidth(ctx, choose, false);
+    const FieldSpec* pfx = findField(kFieldPfx);
+    const Rect pfxBox = sign.field(pfx->id, pfx->label, L"", L"", sign.right() - chooseWidth - ctx.s(8));
+    sign.button(sign.right() - chooseWidth, pfxBox.top + (pfxBox.height() - sp.button) / 2, choose,
+                kItemChooseCertificate);
+    for (int id : {kFieldPassword, kFieldTimestamp}) {
+        const FieldSpec* spec = findField(id);
+        sign.gap(sp.fieldGap);
+        sign.field(id, spec->label, L"", spec->hint);
+    }
+    sign.finish();
+    // Signing fields look switched off while signing is off.
+    for (Block& block : ctx.out.blocks)
+        if (block.kind == BlockKind::FieldBox && isSigningField(block.field))
+            block.disabled = !m.signing || m.building;
+}
+
+void layoutDerleme(Ctx& ctx) {
+    const FrameLayout& f = ctx.frame;
+    const PageModel& m = ctx.model;
+    const Spacing sp = spacing(ctx);
+
+    // State card: a tile, the state's title and lines, the build button.
+    Card state(ctx, f.form.left, f.form.right, f.form.top);
+    const int tile = ctx.s(ctx.compact() ? 42 : 46);
+    std::wstring title, line, line2, pill, cta = L"EXE Oluştur";
+    Icon icon = Icon::Bolt;
+    Rgb lineColor = color::kSecondary;
+    switch (m.buildState) {
+    case BuildPageState::NoSkin:
+        title = L"Önce bir skin yükleyin";
+        line = L"Kaynak bölümünden skin .zip dosyasını ya da klasörünü seçin.";
+        icon = Icon::Info;
+        break;
+    case BuildPageState::Ready:
+        title = L"Derlemeye hazır";
+        pill = L"Hazır";
+        line = trimmedEmpty(m.outputPath) ? L"Çıktı yeri Çıktı ve İmza bölümünden seçilir."
+                                          : L"Hedef: " + m.outputPath;
+        break;
+    case BuildPageState::Building:
+        title = L"Patcher oluşturuluyor…";
+        line = L"Skin paketleniyor ve şablona yazılıyor.";
+        cta = L"Lütfen bekleyin…";
+        icon = Icon::Refresh;
+        break;
+    case BuildPageState::Done:
+        title = L"Patcher hazır";
+        pill = L"Tamamlandı";
+        line = L"Hedef: " + m.outputPath;
+        line2 = L"Exe'yi oyun klasörüne koyup oyunculara dağıtın.";
+        cta = L"Yeniden oluştur";
+        icon = Icon::Check;
+        break;
+    case BuildPageState::Failed:
+        title = L"Oluşturulamadı";
+        line = m.lastMessage;
+        line2 = L"Ayrıntılar günlükte.";
+        lineColor = color::kError;
+        icon = Icon::Warning;
+        break;
+    }
+    const int titleHeight = ctx.line(kFontStateTitle);
+    const int lineHeight = ctx.line(kFontSmall);
+    const int line2Height = line2.empty() ? 0 : ctx.line(kFontTiny) + ctx.s(2);
+    const int textHeight = titleHeight + ctx.s(2) + lineHeight + line2Height;
+    const int contentHeight = std::max(tile, textHeight);
+    const int top = state.y;
+    Block tileBlock{.kind = BlockKind::StateTile,
+                    .rect = {state.left(), top + (contentHeight - tile) / 2, state.left() + tile,
+                             top + (contentHeight - tile) / 2 + tile}};
+    tileBlock.hasIcon = true;
+    tileBlock.icon = icon;
+    tileBlock.on = m.buildState != BuildPageState::NoSkin;
+    tileBlock.color = m.buildState == BuildPageState::Failed ? color::kError : color::kAccent;
+    tileBlock.sub = static_cast<int>(m.buildState);
+    ctx.add(std::move(tileBlock));
+
+    const int ctaHeight = ctx.s(ctx.compact() ? 36 : 40);
+    const int ctaWidth = std::max(ctx.s(150), ctx.textWidth(cta, kFontBodyBold) + ctx.s(40));
+    Block button{.kind = BlockKind::PrimaryButton,
+                 .rect = {state.right() - ctaWidth, top + (contentHeight - ctaHeight) / 2, state.right(),
+                          top + (contentHeight - ctaHeight) / 2 + ctaHeight},
+                 .item = kItemBuildPage};
+    button.text = cta;
+    button.font = kFontBodyBold;
+    button.disabled = m.building;
+    button.on = m.building;
+    ctx.add(std::move(button));
+
+    const int textLeft = state.left() + tile + ctx.s(14);
+    const int textRight = state.right() - ctaWidth - ctx.s(14);
+    int y = top + (contentHeight - textHeight) / 2;
+    const int titleWidth = std::min(textRight - textLeft, ctx.textWidth(title, kFontStateTitle));
+    ctx.text({textLeft, y, textLeft + titleWidth, y + titleHeight}, title, kFontStateTitle, color::kText);
+    if (!pill.empty()) {
+        const int pillWidth = ctx.textWidth(pill, kFontTiny) + ctx.s(16);
+        const int pillHeight = ctx.s(20);
+        const int pillLeft = textLeft + titleWidth + ctx.s(10);
+        if (pillLeft + pillWidth <= textRight) {
+            Block p{.kind = BlockKind::Pill,
+                    .rect = {pillLeft, y + (titleHeight - pillHeight) / 2, pillLeft + pillWidth,
+                             y + (titleHeight - pillHeight) / 2 + pillHeight}};
+            p.text = pill;
+            ctx.add(std::move(p));
+        }
+    }
+    y += titleHeight + ctx.s(2);
+    ctx.text({textLeft, y, textRight, y + lineHeight}, line, kFontSmall, lineColor);
+    y += lineHeight;
+    if (!line2.empty())
+        ctx.text({textLeft, y + ctx.s(2), textRight, y + line2Height}, line2, kFontTiny, color::kMuted);
+    state.y = top + contentHeight;
+    const int stateBottom = state.finish();
+
+    // Readiness checklist.
+    Card ready(ctx, f.form.left, f.form.right, stateBottom + sp.cardGap);
+    const Rect readyTitle = ready.title(L"Hazırlık");
+    const std::wstring header = readinessHeader(m.readiness);
+    const bool allReady =
+        std::all_of(m.readiness.begin(), m.readiness.end(), [](const ReadinessRow& r) { return r.ready; });
+    ctx.text(readyTitle, header, kFontSmallBold, allReady ? color::kAccent : color::kSecondary, Align::Right);
+    ready.gap(ctx.s(6));
+    const int rowHeight = ctx.s(ctx.compact() ? 25 : 29);
+    for (const ReadinessRow& row : m.readiness) {
+        Block check{.kind = BlockKind::CheckRow,
+                    .rect = {ready.left(), ready.y, ready.right(), ready.y + rowHeight}};
+        check.text = row.label;
+        check.text2 = row.value;
+        check.on = row.ready;
+        ctx.add(std::move(check));
+        ready.gap(rowHeight);
+    }
+    ready.gap(-ctx.s(4));
+    const int readyBottom = ready.finish();
+
+    // Result of the last build.
+    Card result(ctx, f.form.left, f.form.right, readyBottom + sp.cardGap);
+    result.title(L"Sonuç");
+    if (!m.hasResult) {
+        result.gap(ctx.s(4));
+        result.note(L"Derleme bittiğinde ayrıntılar burada görünür.", kFontSmall, color::kMuted);
+        result.finish();
+        return;
+    }
+    result.gap(ctx.s(10));
+    const int gap = ctx.s(10);
+    const int cellWidth = (result.width() - 2 * gap) / 3;
+    const int cellHeight = ctx.s(ctx.compact() ? 46 : 52);
+    const std::wstring values[3][2] = {{L"CRC32", crcText(m.crc)},
+                                       {L"İMZA", m.signedResult ? L"İmzalı" : L"İmzasız"},
+                                       {L"SÜRE", durationText(m.elapsedMs)}};
+    for (int i = 0; i < 3; ++i) {
+        const int x = result.left() + i * (cellWidth + gap);
+        Block cell{.kind = BlockKind::StatCell, .rect = {x, result.y, x + cellWidth, result.y + cellHeight}};
+        cell.text = values[i][0];
+        cell.text2 = values[i][1];
+        cell.font = i == 0 ? kFontMono : kFontStateTitle;
+        ctx.add(std::move(cell));
+    }
+    result.gap(cellHeight + ctx.s(12));
+    const Rect show =
+        result.button(result.left(), result.y, L"Klasörde göster", kItemShowInFolder, 0, Icon::Folder);
+    const Rect preview = result.button(show.right + ctx.s(8), result.y, L"Patcher'ı önizle",
+                                       kItemPreviewResult, 0, Icon::Play);
+    const Rect copy =
+        result.button(preview.right + ctx.s(8), result.y, L"CRC kopyala", kItemCopyCrc, 0, Icon::Copy);
+    if (copy.right > result.right()) {
+        // A narrow column: the buttons lose their icons rather than spill over.
+        ctx.out.blocks.resize(ctx.out.blocks.size() - 3);
+        const Rect a = result.button(result.left(), result.y, L"Klasörde göster", kItemShowInFolder);
+        const Rect b = result.button(a.right + ctx.s(8), result.y, L"Patcher'ı önizle", kItemPreviewResult);
+        result.button(b.right + ctx.s(8), result.y, L"CRC kopyala", kItemCopyCrc);
+    }
+    result.gap(sp.button);
+    const int resultBottom = result.finish();
+
+    // The self-update line.
+    Card update(ctx, f.form.left, f.form.right, resultBottom + sp.cardGap);
+    const std::wstring copyText = L"Kopyala";
+    const int copyWidth = buttonWidth(ctx, copyText, false);
+    const int textWidth = update.width() - copyWidth - ctx.s(14);
+    const int updateTop = update.y;
+    const std::wstring updateTitle = L"Patcher kendini de güncelleyebilir";
+    const std::wstring updateText =
+        L"Exe'yi crclist'e ekleyin; config'e nv_patcher_url ve nv_patcher_crc32=" + crcText(m.crc) +
+        L" yazın.";
+    const int th = std::max(ctx.line(kFontCardTitle), ctx.s(20));
+    const int bodyHeight = ctx.measure.wrappedHeight(updateText, kFontSmall, textWidth);
+    ctx.text({update.left(), updateTop, update.left() + textWidth, updateTop + th}, updateTitle,
+             kFontCardTitle, color::kText);
+    ctx.text({update.left(), updateTop + th + ctx.s(3), update.left() + textWidth,
+              updateTop + th + ctx.s(3) + bodyHeight},
+             updateText, kFontSmall, color::kSecondary, Align::Left, true);
+    const int contentBottom = updateTop + th + ctx.s(3) + bodyHeight;
+    update.button(update.right() - copyWidth, (updateTop + contentBottom - sp.button) / 2, copyText,
+                  kItemCopySelfUpdate);
+    update.y = contentBottom;
+    update.finish();
+}
+
+} // namespace nv::ui::detail

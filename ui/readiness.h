@@ -1,0 +1,64 @@
+#pragma once
+// What the Derleme page says about the session: the readiness checklist, the page's state, the result texts,
+// and the small rules of the segment stepper and the connection chips.
+
+#include "ui/style.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace nv::ui {
+
+struct ReadinessInputs {
+    bool skinLoaded = false;
+    std::wstring skinSource; // the .zip or folder path
+    int skinWidth = 0;       // the window size the skin declares; 0 when unknown
+    int skinHeight = 0;
+    std::wstring configUrl;  // field 1100
+    std::wstring outputPath; // field 1110
+    bool outputFolderExists = false;
+    std::wstring iconPath; // empty: the template's icon
+    bool signing = false;
+    std::wstring certificatePath; // field 1111
+    bool templateExists = false;
+};
+
+struct ReadinessRow {
+    const wchar_t* label;
+    std::wstring value;
+    bool ready = false;
+};
+
+std::vector<ReadinessRow> readinessRows(const ReadinessInputs& inputs);
+// "N / 6 hazır".
+std::wstring readinessHeader(const std::vector<ReadinessRow>& rows);
+
+// The name the operator knows a skin source by: the last part of its path (a trailing separator ignored).
+std::wstring sourceName(std::wstring_view path);
+
+enum class BuildPageState { NoSkin, Ready, Building, Done, Failed };
+BuildPageState buildPageState(bool skinLoaded, bool building, bool finished, bool succeeded);
+
+// "< 1 sn" below one second, else the whole seconds and " sn".
+std::wstring durationText(uint32_t milliseconds);
+// "%08X".
+std::wstring crcText(uint32_t crc);
+
+// The segment stepper: the trimmed field text as a decimal integer (4 when it is not one), plus delta, kept
+// to 1 ... 64.
+int stepSegment(std::wstring_view fieldText, int delta);
+
+// How one connection chip looks: the current count's chip stands out; a hovered one is tinted.
+struct ChipLook {
+    Rgb fill;
+    bool border;
+    bool bold;
+    Rgb text;
+};
+ChipLook chipLook(int chip, int currentCount, bool hovered);
+constexpr int kMinConnections = 1;
+constexpr int kMaxConnections = 8;
+
+} // namespace nv::ui
