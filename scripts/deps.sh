@@ -12,6 +12,7 @@ packages=(
     clang libclang-rt-14-dev        # libFuzzer with the sanitizers
     python3 zip p7zip-full libarchive-tools   # test fixtures: archives from several real archivers
     libjpeg-turbo-progs             # cjpeg, for the JPEG fixtures of scripts/make-image-fixtures.py
+    fonts-inter fonts-dejavu-core   # free look-alikes of Segoe UI and Consolas for the builder's snapshots
 )
 
 missing=()

@@ -1,0 +1,335 @@
+// NV_BuilderMain: the builder's one top-level window. Creation, sizing, the message loop and the window
+// procedure; what the messages do lives beside it (fields, painting, build, commands, snapshots).
+
+#include "ui/win32/app.h"
+
+#include "core/files.h"
+#include "core/paths.h"
+
+#include <commctrl.h>
+#include <shellapi.h>
+#include <windowsx.h>
+
+namespace nv::ui::win {
+namespace {
+
+constexpr const wchar_t* kClassName = L"NV_BuilderMain";
+constexpr const wchar_t* kTitle = L"Norvane Oluşturucu";
+
+// The window rectangle for a client size, each side kept within the work area.
+SIZE windowSizeFor(int clientWidth, int clientHeight, const RECT& workArea) {
+    RECT r{0, 0, clientWidth, clientHeight};
+    AdjustWindowRectEx(&r, WS_OVERLAPPEDWINDOW, FALSE, WS_EX_ACCEPTFILES);
+    const LONG width = std::min(r.right - r.left, workArea.right - workArea.left);
+    const LONG height = std::min(r.bottom - r.top, workArea.bottom - workArea.top);
+    return SIZE{width, height};
+}
+
+RECT workArea() {
+    RECT area{0, 0, 1024, 768};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
+    return area;
+}
+
+} // namespace
+
+// The class procedure: the object pointer arrives with WM_NCCREATE and is kept in the window's user data.
+class MainWindowClass {
+public:
+    static LRESULT CALLBACK proc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) {
+        if (message == WM_NCCREATE) {
+            auto* app = static_cast<BuilderApp*>(reinterpret_cast<CREATESTRUCTW*>(lParam)->lpCreateParams);
+            app->hwnd_ = hwnd;
+            SetWindowLongPtrW(hwnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(app));
+        }
+        auto* app = reinterpret_cast<BuilderApp*>(GetWindowLongPtrW(hwnd, GWLP_USERDATA));
+        if (!app) return DefWindowProcW(hwnd, message, wParam, lParam);
+        return app->handleMessage(message, wParam, lParam);
+    }
+};
+
+CommandLine parseCommandLine(int argc, wchar_t** argv) {
+    CommandLine line;
+    for (int i = 1; i < argc; ++i) {
+        if (lstrcmpiW(argv[i], L"--snap") == 0 && i + 1 < argc) {
+            line.snapshot = true;
+            line.snapFolder = argv[i + 1];
+            line.snapSkin = i + 2 < argc ? argv[i + 2] : L"";
+        }
+    }
+    return line;
+}
+
+BuilderApp::~BuilderApp() {
+    if (worker_) {
+        WaitForSingleObject(worker_, 2000);
+        CloseHandle(worker_);
+    }
+    if (hwnd_ && IsWindow(hwnd_)) DestroyWindow(hwnd_);
+}
+
+bool BuilderApp::createWindow() {
+    INITCOMMONCONTROLSEX icc{sizeof(icc), ICC_STANDARD_CLASSES};
+    InitCommonControlsEx(&icc);
+
+    {
+        WindowDC screen(nullptr);
+        dpi_ = screen.get() ? GetDeviceCaps(screen.get(), LOGPIXELSX) : 0;
+        if (dpi_ <= 0) dpi_ = 96;
+    }
+    fonts_.create(dpi_);
+    whiteBrush_.reset(CreateSolidBrush(color::kWhite));
+
+    HINSTANCE instance = GetModuleHandleW(nullptr);
+    static bool registered = false;
+    if (!registered) {
+        WNDCLASSEXW wc{};
+        wc.cbSize = sizeof(wc);
+        wc.lpfnWndProc = MainWindowClass::proc;
+        wc.hInstance = instance;
+        wc.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+        wc.hIcon = static_cast<HICON>(LoadImageW(instance, MAKEINTRESOURCEW(1), IMAGE_ICON,
+                                                 GetSystemMetrics(SM_CXICON), GetSystemMetrics(SM_CYICON),
+                                                 LR_SHARED));
+        wc.hIconSm = static_cast<HICON>(LoadImageW(instance, MAKEINTRESOURCEW(1), IMAGE_ICON,
+                                                   GetSystemMetrics(SM_CXSMICON),
+                                                   GetSystemMetrics(SM_CYSMICON), LR_SHARED));
+        wc.lpszClassName = kClassName;
+        registered = RegisterClassExW(&wc) != 0;
+        if (!registered) return false;
+    }
+
+    const RECT area = workArea();
+    const SIZE size = windowSizeFor(scaleLength(kClientWidth, dpi_), scaleLength(kClientHeight, dpi_), area);
+    int x = area.left + (area.right - area.left - size.cx) / 2;
+    int y = area.top + (area.bottom - area.top - size.cy) / 2;
+    if (commandLine_.snapshot) x = y = -32000;
+    if (!CreateWindowExW(WS_EX_ACCEPTFILES, kClassName, kTitle, WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN, x, y,
+                         size.cx, size.cy, nullptr, nullptr, instance, this))
+        return false;
+    DragAcceptFiles(hwnd_, TRUE);
+
+    templatePath_ = pathJoin(exeFolder(), L"Norvane.Template.exe");
+    createFields();
+    log_.create(hwnd_, kLogViewId, dpi_, &fonts_);
+    restoreSession();
+    section_ = skinLoaded_ ? kBaglantilar : kKaynak;
+    relayout();
+    InvalidateRect(hwnd_, nullptr, FALSE);
+
+    if (commandLine_.snapshot) {
+        ShowWindow(hwnd_, SW_SHOWNOACTIVATE);
+        PostMessageW(hwnd_, kMsgRunSnapshot, 0, 0);
+        return true;
+    }
+    ShowWindow(hwnd_, SW_SHOW);
+    UpdateWindow(hwnd_);
+    if (!fileExists(templatePath_))
+        setStatus(L"Patcher şablonu (Norvane.Template.exe) bulunamadı — build.bat ile derleyin.", true);
+    else if (!skinLoaded_)
+        setStatus(L"Başlamak için bir skin .zip dosyasını ya da klasörünü pencereye sürükleyip bırakın.",
+                  false);
+    return true;
+}
+
+int BuilderApp::messageLoop() {
+    MSG msg{};
+    while (GetMessageW(&msg, nullptr, 0, 0) > 0) {
+        // Tab and Shift+Tab move between the edit fields as in a dialog.
+        if (hwnd_ && IsDialogMessageW(hwnd_, &msg)) continue;
+        TranslateMessage(&msg);
+        DispatchMessageW(&msg);
+    }
+    return static_cast<int>(msg.wParam);
+}
+
+void BuilderApp::setStatus(const std::wstring& text, bool warning) {
+    status_ = text;
+    statusFlag_ = warning ? 1 : 0;
+    InvalidateRect(hwnd_, nullptr, FALSE);
+}
+
+void BuilderApp::setBuilding(bool on) {
+    building_.exchange(on);
+    for (const FieldRecord& field : fields_) {
+        const bool enable = isSigningField(field.id) ? !on && signing_ : !on;
+        EnableWindow(field.hwnd, enable);
+    }
+    if (on) {
+        tick_ = 0;
+        SetTimer(hwnd_, kBusyTimer, kBusyTimerMs, nullptr);
+    } else {
+        KillTimer(hwnd_, kBusyTimer);
+    }
+    InvalidateRect(hwnd_, nullptr, FALSE);
+}
+
+void BuilderApp::showSection(int section) {
+    if (section < 0 || section >= kSectionCount) return;
+    section_ = section;
+    relayout();
+    InvalidateRect(hwnd_, nullptr, FALSE);
+}
+
+void BuilderApp::appendLog(const std::wstring& text, int level) {
+    log_.add(text, level);
+    if (section_ == kDerleme) InvalidateRect(hwnd_, nullptr, FALSE);
+}
+
+void BuilderApp::onMouseMove(int x, int y) {
+    const Hit hit = hitTest(layout_, x, y);
+    if (hit.item != hoverItem_ || hit.sub != hoverSub_) {
+        hoverItem_ = hit.item;
+        hoverSub_ = hit.sub;
+        InvalidateRect(hwnd_, nullptr, FALSE);
+    }
+    TRACKMOUSEEVENT track{sizeof(track), TME_LEAVE, hwnd_, 0};
+    TrackMouseEvent(&track);
+}
+
+void BuilderApp::onWheel(int delta) {
+    const int pages = layout_.linkPages;
+    const int next = delta >= 0 ? linkPage_ - 1 : linkPage_ + 1;
+    if (next < 0 || next >= pages) return;
+    linkPage_ = next;
+    relayout();
+    InvalidateRect(hwnd_, nullptr, FALSE);
+}
+
+LRESULT BuilderApp::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_DESTROY:
+        PostQuitMessage(0);
+        return 0;
+    case WM_SIZE:
+        relayout();
+        InvalidateRect(hwnd_, nullptr, FALSE);
+        return 0;
+    case WM_PAINT: {
+        PaintScope ps(hwnd_);
+        RECT client{};
+        GetClientRect(hwnd_, &client);
+        MemoryDC memory(ps.dc());
+        GdiObject<HBITMAP> bitmap(CreateCompatibleBitmap(ps.dc(), client.right, client.bottom));
+        if (!memory.get() || !bitmap.get()) return 0;
+        SelectIn select(memory.get(), bitmap.get());
+        paint(memory.get());
+        BitBlt(ps.dc(), 0, 0, client.right, client.bottom, memory.get(), 0, 0, SRCCOPY);
+        return 0;
+    }
+    case WM_PRINTCLIENT:
+        paint(reinterpret_cast<HDC>(wParam));
+        return 0;
+    case WM_ERASEBKGND:
+        return 1;
+    case WM_CLOSE:
+        if (building()) {
+            setStatus(L"Oluşturma sürüyor — bitmesini bekleyin.", true);
+            return 0;
+        }
+        saveSession();
+        DestroyWindow(hwnd_);
+        return 0;
+    case WM_GETMINMAXINFO: {
+        auto* info = reinterpret_cast<MINMAXINFO*>(lParam);
+        const SIZE min = windowSizeFor(scaleLength(kMinClientWidth, dpi_),
+                                       scaleLength(kMinClientHeight, dpi_), workArea());
+        info->ptMinTrackSize = POINT{min.cx, min.cy};
+        return 0;
+    }
+    case WM_SETCURSOR:
+        if (LOWORD(lParam) == HTCLIENT && reinterpret_cast<HWND>(wParam) == hwnd_) {
+            POINT p{};
+            GetCursorPos(&p);
+            ScreenToClient(hwnd_, &p);
+            if (hitTest(layout_, p.x, p.y).item != kItemNone) {
+                SetCursor(LoadCursorW(nullptr, IDC_HAND));
+                return TRUE;
+            }
+        }
+        break;
+    case WM_MOUSEMOVE:
+        onMouseMove(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));
+        return 0;
+    case WM_MOUSELEAVE:
+        if (hoverItem_ != kItemNone) {
+            hoverItem_ = kItemNone;
+            hoverSub_ = 0;
+            InvalidateRect(hwnd_, nullptr, FALSE);
+        }
+        return 0;
+    case WM_LBUTTONDOWN: {
+        const Hit hit = hitTest(layout_, GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));
+        pressedItem_ = hit.item;
+        pressedSub_ = hit.sub;
+        if (hit.item == kItemNone)
+            SetFocus(hwnd_); // takes the focus out of an edit field
+        else
+            SetCapture(hwnd_);
+        InvalidateRect(hwnd_, nullptr, FALSE);
+        return 0;
+    }
+    case WM_LBUTTONUP: {
+        if (GetCapture() == hwnd_) ReleaseCapture();
+        const Hit hit = hitTest(layout_, GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));
+        const int pressed = pressedItem_;
+        const int pressedSub = pressedSub_;
+        pressedItem_ = kItemNone;
+        if (hit.item != kItemNone && hit.item == pressed) runCommand(hit.item, pressedSub);
+        InvalidateRect(hwnd_, nullptr, FALSE);
+        return 0;
+    }
+    case WM_MOUSEWHEEL:
+        if (section_ == kBaglantilar && layout_.linkPages >= 2) {
+            onWheel(GET_WHEEL_DELTA_WPARAM(wParam));
+            return 0;
+        }
+        break;
+    case WM_DROPFILES:
+        // Dropped skins and images are handled with the other commands that open files.
+        DragFinish(reinterpret_cast<HDROP>(wParam));
+        return 0;
+    case WM_COMMAND:
+        if (lParam != 0) onEditCommand(LOWORD(wParam), HIWORD(wParam));
+        return 0;
+    case WM_CTLCOLOREDIT: {
+        HDC dc = reinterpret_cast<HDC>(wParam);
+        SetTextColor(dc, color::kEditText);
+        SetBkColor(dc, color::kWhite);
+        return reinterpret_cast<LRESULT>(whiteBrush_.get());
+    }
+    case WM_CTLCOLORSTATIC: {
+        // Disabled edit fields; the brush is made once and kept for the life of the process.
+        static HBRUSH staticBrush = CreateSolidBrush(color::kPage);
+        HDC dc = reinterpret_cast<HDC>(wParam);
+        SetTextColor(dc, color::kStaticText);
+        SetBkColor(dc, color::kPage);
+        return reinterpret_cast<LRESULT>(staticBrush);
+    }
+    case WM_TIMER:
+        if (wParam == kBusyTimer) {
+            ++tick_;
+            InvalidateRect(hwnd_, nullptr, FALSE);
+        }
+        return 0;
+    case kMsgLogLine: {
+        auto* line = reinterpret_cast<std::wstring*>(lParam);
+        if (line) {
+            appendLog(*line, static_cast<int>(wParam));
+            delete line;
+        }
+        return 0;
+    }
+    case kMsgBuildDone:
+        completeBuild(reinterpret_cast<BuildResult*>(lParam));
+        return 0;
+    case kMsgRunSnapshot:
+        runSnapshots();
+        return 0;
+    default:
+        break;
+    }
+    return DefWindowProcW(hwnd_, message, wParam, lParam);
+}
+
+} // namespace nv::ui::win
