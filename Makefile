@@ -2,7 +2,8 @@
 # are also built natively, with sanitizers, fuzzers and benchmarks.
 #
 #   make test    install what is missing, build everything, run every test (native, Windows under Wine, fuzz smoke)
-#   make demo    build the sample skin's outputs with nvbuild.exe into demo-out/
+#   make demo    build the sample skin's outputs with nvbuild.exe into demo-out/, and the builder window's
+#                snapshots of the sample into demo-out/snap/
 #   make run ARGS="inspect examples/skins/gece-mavisi"   nvbuild.exe under Wine, as ./nvbuild does
 #   make dist    the Windows programs in dist/
 #   make fuzz    run each fuzz target for FUZZ_SECONDS (default 120)
@@ -68,6 +69,10 @@ test-windows: windows
 dist: windows
 	@mkdir -p dist
 	@cp $(OUT)/windows/cli/nvbuild.exe dist/
+	@# The builder window and the template it builds from, once their layers are part of the tree.
+	@for f in $(OUT)/windows/ui/NorvaneOlusturucu.exe $(OUT)/windows/patcher/Norvane.Template.exe; do \
+	    if [ -f $$f ]; then cp $$f dist/; fi; \
+	done
 	@echo "dist/: $$(cd dist && ls)"
 
 demo: dist

@@ -44,3 +44,19 @@ step "Düzenlemelerin değiştirdikleri (- örnek skin, + oluşturmanın gömece
 summary() { grep -v '^Kaynak:' "$1" | tr -d '\r'; }
 diff --old-line-format='- %L' --new-line-format='+ %L' --unchanged-line-format='' \
     <(summary "$out/sample.txt") <(summary "$out/composed.txt") || true
+
+if [ -f "$dist/NorvaneOlusturucu.exe" ]; then
+    step "Oluşturucu penceresi: her bölümün ekran görüntüsü ($out/snap)"
+    # A prefix of its own: the fonts the window asks for are mapped to free look-alikes there only.
+    snap_prefix="$out/.snap-wineprefix"
+    mkdir -p "$snap_prefix"
+    reg="$out/.snap-fonts.reg"
+    printf 'Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\Software\\Wine\\Fonts\\Replacements]\r\n"Segoe UI"="Inter"\r\n"Consolas"="DejaVu Sans Mono"\r\n' \
+        | iconv -f UTF-8 -t UTF-16 >"$reg"
+    WINEPREFIX="$snap_prefix" "$wine" regedit /s "$(winpath "$reg")" </dev/null >/dev/null 2>&1
+    rm -rf "$out/snap"
+    WINEPREFIX="$snap_prefix" "$wine" "$dist/NorvaneOlusturucu.exe" --snap "$(winpath "$out/snap")" \
+        "$(winpath "$sample")" </dev/null >/dev/null 2>&1
+    WINEPREFIX="$snap_prefix" "$(command -v wineserver || echo /usr/lib/wine/wineserver)" -k >/dev/null 2>&1 || true
+    ls "$out/snap"
+fi

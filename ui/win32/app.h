@@ -11,6 +11,8 @@
 #include "ui/win32/draw.h"
 #include "ui/win32/log_view.h"
 
+#include <shellapi.h>
+
 #include <array>
 #include <atomic>
 #include <cstdint>
@@ -74,6 +76,8 @@ public:
     // Loads a skin source into the working skin and the fields. In restore mode the status line is left to
     // the caller.
     bool loadSkin(const std::wstring& path, bool restoreMode);
+    // Files dropped on the window.
+    void dropFiles(HDROP drop);
     // The field texts into the working skin's settings, addresses and links (before a build or a preview).
     void copyFieldsToSettings();
     BuildInputs buildInputs() const;
@@ -110,6 +114,7 @@ private:
                     const std::wstring& placeholder);
     void rebuildLinkFields();
     void updateSkinSummary();
+    void fillFieldsFromSkin();
     FieldRecord* findFieldRecord(int id);
     const FieldRecord* findFieldRecord(int id) const;
     void onMouseMove(int x, int y);

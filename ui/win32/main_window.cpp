@@ -3,6 +3,7 @@
 
 #include "ui/win32/app.h"
 
+#include "build/signing.h"
 #include "core/files.h"
 #include "core/paths.h"
 
@@ -110,6 +111,8 @@ bool BuilderApp::createWindow() {
     DragAcceptFiles(hwnd_, TRUE);
 
     templatePath_ = pathJoin(exeFolder(), L"Norvane.Template.exe");
+    signtoolPath_ = findSigntool();
+    signtoolFound_ = !signtoolPath_.empty();
     createFields();
     log_.create(hwnd_, kLogViewId, dpi_, &fonts_);
     restoreSession();
@@ -286,8 +289,7 @@ LRESULT BuilderApp::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         }
         break;
     case WM_DROPFILES:
-        // Dropped skins and images are handled with the other commands that open files.
-        DragFinish(reinterpret_cast<HDROP>(wParam));
+        dropFiles(reinterpret_cast<HDROP>(wParam));
         return 0;
     case WM_COMMAND:
         if (lParam != 0) onEditCommand(LOWORD(wParam), HIWORD(wParam));

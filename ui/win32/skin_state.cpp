@@ -3,6 +3,7 @@
 
 #include "ui/win32/app.h"
 
+#include "core/files.h"
 #include "core/text.h"
 #include "ui/readiness.h"
 
@@ -41,6 +42,61 @@ bool BuilderApp::loadSkin(const std::wstring& path, bool restoreMode) {
     relayout();
     InvalidateRect(hwnd_, nullptr, FALSE);
     return ok;
+}
+
+void BuilderApp::fillFieldsFromSkin() {
+    setFieldText(kFieldConfigUrl, workspace_.serverAddress);
+    setFieldText(kFieldNewsUrl, workspace_.newsAddress);
+    setFieldText(kFieldFeedUrl, workspace_.feedUrl);
+    const PatcherSettings& settings = workspace_.settings;
+    setFieldText(kFieldTitle, settings.title);
+    setFieldText(kFieldSegment, std::to_wstring(settings.segmentMb));
+    setFieldText(kFieldRunArgs, settings.runArgs);
+    connections_ = settings.connections;
+    toggles_ = {settings.closeOnStart, settings.autoStart, settings.allowStartOnError,
+                settings.browserEmulation};
+}
+
+// Dropped files: the first folder or zip becomes the skin; otherwise the files join the loaded package (an
+// image of the same name replaces the skin's own).
+void BuilderApp::dropFiles(HDROP drop) {
+    std::vector<std::wstring> paths;
+    const UINT count = DragQueryFileW(drop, 0xFFFFFFFF, nullptr, 0);
+    for (UINT i = 0; i < count; ++i) {
+        wchar_t path[261] = {};
+        if (DragQueryFileW(drop, i, path, 261)) paths.emplace_back(path);
+    }
+    DragFinish(drop);
+    if (paths.empty() || building()) return;
+    for (const std::wstring& path : paths) {
+        if (folderExists(path) || endsWithIgnoreCase(std::wstring_view(path), std::wstring_view(L".zip"))) {
+            loadSkin(path, false);
+            return;
+        }
+    }
+    const bool wasLoaded = workspace_.loaded;
+    copyFieldsToSettings();
+    int added = 0;
+    std::wstring note;
+    workspace_.addDroppedFiles(paths, added, note);
+    appendLog(L"Pakete eklenen/değiştirilen dosya: " + std::to_wstring(added), 0);
+    if (!note.empty()) appendLog(L"Not: " + note, 2);
+    if (!workspace_.loaded) {
+        setStatus(L"Henüz skin.xml yok; önce geçerli bir skin .zip ya da klasörü bırakın.", false);
+        return;
+    }
+    skinLoaded_ = true;
+    skinLoadFailed_ = false;
+    if (!wasLoaded) {
+        skinSource_ = workspace_.sourceLabel;
+        rebuildLinkFields();
+        fillFieldsFromSkin();
+    }
+    updateSkinSummary();
+    refreshPreview();
+    setStatus(std::to_wstring(added) + L" dosya pakete eklendi.", false);
+    saveSession();
+    relayout();
 }
 
 void BuilderApp::updateSkinSummary() {
