@@ -59,6 +59,22 @@ public:
     int messageLoop();
     HWND hwnd() const { return hwnd_; }
 
+    // --- What the window shows, for the commands of other parts and for tests
+    // ---------------------------------
+    int section() const { return section_; }
+    int linkPage() const { return linkPage_; }
+    int linkPages() const { return layout_.linkPages; }
+    int connections() const { return connections_; }
+    bool toggle(int index) const { return toggles_[static_cast<size_t>(index & 3)]; }
+    bool signing() const { return signing_; }
+    bool skinLoaded() const { return skinLoaded_; }
+    const std::wstring& status() const { return status_; }
+    bool statusWarning() const { return statusFlag_ != 0; }
+    const BuildLog& buildLog() const { return log_.log(); }
+    HWND fieldWindow(int id) const;
+    bool lastBuildSucceeded() const { return lastFinished_ && lastSucceeded_; }
+    const BuildResult& lastResult() const { return lastResult_; }
+
     // --- Operations the sections, commands and the build use ----------------------------------------------
     void setStatus(const std::wstring& text, bool warning);
     void setBuilding(bool on);

@@ -107,13 +107,17 @@ void fillRoundRect(HDC dc, const Rect& rect, float radius, Rgb color, int alpha)
 }
 
 void strokeRoundRect(HDC dc, const Rect& rect, float radius, Rgb color, float penWidth, int alpha) {
-    // The pen is centred on the outline, so the outline moves in by half a pen to stay inside the rectangle.
-    const REAL half = penWidth / 2;
+    // The outline is filled as a ring between the shape and the shape moved in by the pen's width, rather
+    // than stroked: GDI+ implementations differ by half a pixel in where a pen with a half-pixel offset
+    // falls, while fills land the same everywhere, so a 1 px border stays on the rectangle's own edge pixels.
     GraphicsPtr graphics = graphicsFor(dc);
-    PathPtr path = roundedPath(rect.left + half, rect.top + half, rect.right - half, rect.bottom - half,
-                               std::max(0.0f, radius - half));
-    PenPtr p = pen(color, penWidth, alpha);
-    if (graphics && path && p) gp::GdipDrawPath(graphics.get(), p.get(), path.get());
+    PathPtr ring = roundedPath(REAL(rect.left), REAL(rect.top), REAL(rect.right), REAL(rect.bottom), radius);
+    PathPtr inner = roundedPath(rect.left + penWidth, rect.top + penWidth, rect.right - penWidth,
+                                rect.bottom - penWidth, std::max(0.0f, radius - penWidth));
+    BrushPtr brush = solidBrush(color, alpha);
+    if (!graphics || !ring || !inner || !brush) return;
+    gp::GdipAddPathPath(ring.get(), inner.get(), FALSE);
+    gp::GdipFillPath(graphics.get(), brush.get(), ring.get());
 }
 
 void strokeDashedRoundRect(HDC dc, const Rect& rect, float radius, Rgb color, float penWidth) {

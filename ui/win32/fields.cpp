@@ -82,6 +82,11 @@ void BuilderApp::setFieldText(int id, const std::wstring& text) {
     if (FieldRecord* field = findFieldRecord(id)) SetWindowTextW(field->hwnd, text.c_str());
 }
 
+HWND BuilderApp::fieldWindow(int id) const {
+    const FieldRecord* field = findFieldRecord(id);
+    return field ? field->hwnd : nullptr;
+}
+
 std::wstring BuilderApp::fieldText(int id) const {
     const FieldRecord* field = findFieldRecord(id);
     return field ? windowText(field->hwnd) : std::wstring();
@@ -125,7 +130,8 @@ void BuilderApp::rebuildLinkFields() {
 void BuilderApp::relayout() {
     if (!hwnd_) return;
     layout_ = computeLayout();
-    if (linkPage_ >= layout_.linkPages) {
+    // Only the links section knows how many pages there are; elsewhere the page stays as it was.
+    if (section_ == kBaglantilar && linkPage_ >= layout_.linkPages) {
         linkPage_ = layout_.linkPages - 1;
         layout_ = computeLayout();
     }
