@@ -9,6 +9,6 @@ if /i "%1"=="mingw" set GEN=-G "MinGW Makefiles"
 cmake -S . -B out\windows %GEN% -DCMAKE_BUILD_TYPE=Release -DNV_TESTS=OFF || exit /b 1
 cmake --build out\windows --config Release || exit /b 1
 if not exist dist mkdir dist
-for /r out\windows %%f in (nvbuild.exe) do if exist "%%f" copy /y "%%f" dist\ >nul
+for /r out\windows %%f in (nvbuild.exe NorvaneOlusturucu.exe Norvane.Template.exe) do if exist "%%f" copy /y "%%f" dist\ >nul
 echo dist\ hazir.
 endlocal

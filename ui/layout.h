@@ -152,6 +152,7 @@ struct Block {
     Rgb color = color::kText;
     Align align = Align::Left;
     bool wrap = false;     // Text: word-wrapped over several lines
+    bool path = false;     // Text: a path, shortened in its middle rather than at its end
     bool on = false;       // selected, switched on, ready, current
     bool disabled = false; // drawn muted and not clickable
     bool hasIcon = false;

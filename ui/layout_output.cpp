@@ -221,7 +221,8 @@ void layoutDerleme(Ctx& ctx) {
         }
     }
     y += titleHeight + ctx.s(2);
-    ctx.text({textLeft, y, textRight, y + lineHeight}, line, kFontSmall, lineColor);
+    ctx.text({textLeft, y, textRight, y + lineHeight}, line, kFontSmall, lineColor).path =
+        line.rfind(L"Hedef: ", 0) == 0;
     y += lineHeight;
     if (!line2.empty())
         ctx.text({textLeft, y + ctx.s(2), textRight, y + line2Height}, line2, kFontTiny, color::kMuted);
@@ -270,7 +271,7 @@ void layoutDerleme(Ctx& ctx) {
         Block cell{.kind = BlockKind::StatCell, .rect = {x, result.y, x + cellWidth, result.y + cellHeight}};
         cell.text = values[i][0];
         cell.text2 = values[i][1];
-        cell.font = i == 0 ? kFontMono : kFontStateTitle;
+        cell.font = kFontStateTitle;
         ctx.add(std::move(cell));
     }
     result.gap(cellHeight + ctx.s(12));

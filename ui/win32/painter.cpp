@@ -233,6 +233,7 @@ void BuilderApp::paintBlock(HDC dc, const Block& b, const PageModel& m) {
         std::wstring line = b.text;
         for (wchar_t& c : line)
             if (c == L'\n' || c == L'\r') c = L' ';
+        if (b.path) flags = (flags & ~UINT(DT_END_ELLIPSIS)) | DT_PATH_ELLIPSIS;
         drawText(dc, line, b.rect, font(b.font), b.color, flags);
         break;
     }
@@ -281,8 +282,12 @@ void BuilderApp::paintBlock(HDC dc, const Block& b, const PageModel& m) {
     case BlockKind::DropZone: {
         fillRoundRect(dc, b.rect, float(s(12)), color::kDropFill);
         strokeDashedRoundRect(dc, b.rect, float(s(12)), color::kDropEdge, float(s(3)) / 2);
+        const Rect inner = b.rect.inset(s(16), 0);
         const int iconSide = s(28);
-        const int titleHeight = fonts_.textHeight(kFontCardTitle), noteHeight = fonts_.textHeight(kFontSmall);
+        const int titleHeight = fonts_.textHeight(kFontCardTitle);
+        // The note wraps where the area is narrow (the compact window).
+        const int noteHeight =
+            measureText(dc, b.text2, font(kFontSmall), DT_WORDBREAK | DT_CENTER, inner.width()).cy;
         const int total = iconSide + s(8) + titleHeight + s(4) + noteHeight;
         int y = b.rect.top + (b.rect.height() - total) / 2;
         drawIcon(dc,
@@ -290,12 +295,11 @@ void BuilderApp::paintBlock(HDC dc, const Block& b, const PageModel& m) {
                   b.rect.left + (b.rect.width() + iconSide) / 2, y + iconSide},
                  b.icon, color::kAccent, 1.6f);
         y += iconSide + s(8);
-        const Rect inner = b.rect.inset(s(12), 0);
         drawText(dc, b.text, {inner.left, y, inner.right, y + titleHeight}, font(kFontCardTitle),
                  color::kText, kLine | DT_CENTER);
         y += titleHeight + s(4);
         drawText(dc, b.text2, {inner.left, y, inner.right, y + noteHeight}, font(kFontSmall), color::kMuted,
-                 kLine | DT_CENTER);
+                 DT_WORDBREAK | DT_CENTER);
         break;
     }
     case BlockKind::StatCell: {
