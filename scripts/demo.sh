@@ -58,5 +58,6 @@ if [ -f "$dist/NorvaneOlusturucu.exe" ]; then
     WINEPREFIX="$snap_prefix" "$wine" "$dist/NorvaneOlusturucu.exe" --snap "$(winpath "$out/snap")" \
         "$(winpath "$sample")" </dev/null >/dev/null 2>&1
     WINEPREFIX="$snap_prefix" "$(command -v wineserver || echo /usr/lib/wine/wineserver)" -k >/dev/null 2>&1 || true
+    rm -rf "$snap_prefix" "$reg"
     ls "$out/snap"
 fi
