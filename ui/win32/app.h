@@ -72,6 +72,7 @@ public:
     bool statusWarning() const { return statusFlag_ != 0; }
     const BuildLog& buildLog() const { return log_.log(); }
     HWND fieldWindow(int id) const;
+    const WindowLayout& layout() const { return layout_; }
     bool lastBuildSucceeded() const { return lastFinished_ && lastSucceeded_; }
     const BuildResult& lastResult() const { return lastResult_; }
 

@@ -276,9 +276,8 @@ LRESULT BuilderApp::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         if (GetCapture() == hwnd_) ReleaseCapture();
         const Hit hit = hitTest(layout_, GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));
         const int pressed = pressedItem_;
-        const int pressedSub = pressedSub_;
         pressedItem_ = kItemNone;
-        if (hit.item != kItemNone && hit.item == pressed) runCommand(hit.item, pressedSub);
+        if (hit.item != kItemNone && hit.item == pressed) runCommand(hit.item, hit.sub);
         InvalidateRect(hwnd_, nullptr, FALSE);
         return 0;
     }

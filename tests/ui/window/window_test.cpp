@@ -153,6 +153,38 @@ TEST_F(BuilderWindow, ChipsSteppersAndToggles) {
     }
 }
 
+// Clicks go through the window's own hit test: down and up on the same item run it.
+TEST_F(BuilderWindow, ClicksRunTheItemUnderThePointer) {
+    auto click = [&](BlockKind kind, int sub) {
+        for (const Block& b : app_->layout().blocks) {
+            if (b.kind != kind || b.sub != sub) continue;
+            const LPARAM at = MAKELPARAM((b.rect.left + b.rect.right) / 2, (b.rect.top + b.rect.bottom) / 2);
+            SendMessageW(app_->hwnd(), WM_LBUTTONDOWN, MK_LBUTTON, at);
+            SendMessageW(app_->hwnd(), WM_LBUTTONUP, 0, at);
+            return true;
+        }
+        return false;
+    };
+    app_->runCommand(kItemSection, kKaynak);
+    ASSERT_TRUE(click(BlockKind::NavEntry, kDavranis));
+    EXPECT_EQ(app_->section(), kDavranis);
+    ASSERT_TRUE(click(BlockKind::Chip, 2));
+    EXPECT_EQ(app_->connections(), 2);
+    // Pressed on one item and let go over another: nothing runs.
+    const Block* chip = nullptr;
+    const Block* nav = nullptr;
+    for (const Block& b : app_->layout().blocks) {
+        if (b.kind == BlockKind::Chip && b.sub == 7) chip = &b;
+        if (b.kind == BlockKind::NavEntry && b.sub == kKimlik) nav = &b;
+    }
+    ASSERT_TRUE(chip && nav);
+    SendMessageW(app_->hwnd(), WM_LBUTTONDOWN, MK_LBUTTON,
+                 MAKELPARAM(chip->rect.left + 2, chip->rect.top + 2));
+    SendMessageW(app_->hwnd(), WM_LBUTTONUP, 0, MAKELPARAM(nav->rect.left + 2, nav->rect.top + 2));
+    EXPECT_EQ(app_->connections(), 2);
+    EXPECT_EQ(app_->section(), kDavranis);
+}
+
 TEST_F(BuilderWindow, SigningAndBuildingLockFields) {
     setSigning(false);
     app_->runCommand(kItemToggleSigning, 0);
