@@ -1,0 +1,63 @@
+#pragma once
+// The build: one call turns a template executable, a skin package, an icon and version texts into a finished,
+// verified (and, when asked, signed) patcher executable. Headless, so that the builder window's worker
+// thread, the preview executable, snapshot mode and nvbuild all run the same code.
+
+#include "core/files.h"
+
+#include <cstdint>
+#include <string>
+
+namespace nv {
+
+class SkinWorkspace;
+
+struct VersionInfoFields {
+    std::wstring productName, companyName, fileDescription, versionText, legalCopyright, originalFilename;
+};
+
+struct SigningOptions {
+    bool enabled = false;
+    std::wstring pfxPath, pfxPassword, timestampUrl, signtoolPath; // signtoolPath empty: search for it
+};
+
+struct BuildRequest {
+    std::wstring templatePath, outputPath;
+    Bytes iconBytes;    // a whole ICO file; empty keeps the template's icons
+    Bytes packageBytes; // the skin package to embed
+    VersionInfoFields version;
+    SigningOptions signing;
+};
+
+struct BuildResult {
+    bool ok = false;
+    std::wstring message; // the failure, empty on success
+    uint32_t crc32 = 0;   // of the finished output file
+    uint64_t size = 0;
+    bool wasSigned = false;
+};
+
+// Receives each progress line of a build; called on the thread that runs the build.
+using BuildLogFn = void (*)(void* context, const std::wstring& line);
+
+// Copies the template beside the output, writes the icon, version and skin-package resources into the copy,
+// verifies that the package reads back, signs it when asked and only then moves it over the output. A failure
+// leaves the previous output as it was and no temporary file behind. Never throws.
+BuildResult writePatcherExecutable(const BuildRequest& request, BuildLogFn log, void* context);
+
+// What the builder's fields hold besides the working skin (the window, the preview executable, snapshot mode
+// and nvbuild fill it the same way).
+struct BuildInputs {
+    std::wstring templatePath, outputPath;
+    Bytes iconBytes;
+    VersionInfoFields version;
+    SigningOptions signing;
+};
+
+// Composes the package from the workspace (its settings, addresses and links already copied in from the
+// fields), fills the request (productName defaults to the trimmed title, originalFilename to the output's
+// file name) and writes the executable. Never throws; safe on a worker thread (reads the workspace only).
+BuildResult runBuild(const SkinWorkspace& workspace, const BuildInputs& inputs, BuildLogFn log,
+                     void* context);
+
+} // namespace nv

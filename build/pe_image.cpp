@@ -1,0 +1,192 @@
+#include "build/pe_image.h"
+
+#include <algorithm>
+#include <cstring>
+#include <set>
+
+namespace nv {
+namespace {
+
+uint16_t get16(const uint8_t* p) {
+    return uint16_t(p[0] | p[1] << 8);
+}
+uint32_t get32(const uint8_t* p) {
+    return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
+}
+void put32(uint8_t* p, uint32_t v) {
+    for (int i = 0; i < 4; ++i)
+        p[i] = uint8_t(v >> (8 * i));
+}
+
+constexpr uint32_t kCertificateEntry = 4;
+constexpr uint32_t kResourceEntry = 2;
+
+// The certificate table, when its entry points at bytes after the sections that the file really holds.
+bool hasCertificateTable(const PeLayout& layout, size_t size) {
+    return layout.certSize != 0 && layout.certOffset >= layout.sectionsEnd &&
+           uint64_t(layout.certOffset) + layout.certSize <= size;
+}
+
+// Resource directories carry a time stamp that some writers fill with the clock; a build clears them so that
+// the same inputs give the same bytes. The walk stays inside the section that holds the resources and visits
+// each directory once, whatever the offsets say.
+void clearResourceTimeStamps(Bytes& image, const PeLayout& layout) {
+    if (layout.resourceRva == 0) return;
+    const PeSection* home = nullptr;
+    for (const PeSection& s : layout.sections)
+        if (layout.resourceRva >= s.virtualAddress && layout.resourceRva - s.virtualAddress < s.rawSize)
+            home = &s;
+    if (!home) return;
+    const size_t base = home->rawOffset + (layout.resourceRva - home->virtualAddress);
+    const size_t end = size_t(home->rawOffset) + home->rawSize;
+
+    std::set<size_t> seen;
+    std::vector<std::pair<size_t, int>> pending{{base, 0}};
+    while (!pending.empty() && seen.size() < 0x10000) {
+        auto [at, depth] = pending.back();
+        pending.pop_back();
+        if (at + 16 > end || !seen.insert(at).second) continue;
+        put32(&image[at + 4], 0);
+        if (depth == 2) continue; // type, name, language: the third level holds data entries
+        size_t count = size_t(get16(&image[at + 12])) + get16(&image[at + 14]);
+        for (size_t i = 0; i < count && at + 16 + 8 * (i + 1) <= end; ++i) {
+            uint32_t target = get32(&image[at + 16 + 8 * i + 4]);
+            if (target & 0x80000000u) pending.push_back({base + (target & 0x7FFFFFFFu), depth + 1});
+        }
+    }
+}
+
+} // namespace
+
+bool readPeLayout(const uint8_t* data, size_t size, PeLayout& layout) {
+    layout = PeLayout();
+    if (size < 0x40 || data[0] != 'M' || data[1] != 'Z') return false;
+    const uint64_t pe = get32(data + 0x3C);
+    if (pe + 24 > size || std::memcmp(data + pe, "PE\0\0", 4) != 0) return false;
+
+    const uint8_t* coff = data + pe + 4;
+    const unsigned sectionCount = get16(coff + 2);
+    const unsigned optionalSize = get16(coff + 16);
+    const uint64_t optional = pe + 24;
+    if (optional + optionalSize > size || optionalSize < 2) return false;
+
+    const uint16_t magic = get16(data + optional);
+    uint64_t countField, directories;
+    if (magic == 0x10B) {
+        countField = 92;
+        directories = 96;
+    } else if (magic == 0x20B) {
+        countField = 108;
+        directories = 112;
+    } else {
+        return false;
+    }
+    if (countField + 4 > optionalSize) return false;
+    const uint32_t headersSize = get32(data + optional + 60);
+    const uint64_t entryCount =
+        std::min<uint64_t>(get32(data + optional + countField), (optionalSize - directories) / 8);
+
+    layout.timeStampField = size_t(pe + 8);
+    layout.symbolPointerField = size_t(pe + 12);
+    layout.checksumField = size_t(optional + 64);
+    if (entryCount > kResourceEntry)
+        layout.resourceRva = get32(data + optional + directories + 8 * kResourceEntry);
+    if (entryCount > kCertificateEntry) {
+        layout.certDirectoryField = size_t(optional + directories + 8 * kCertificateEntry);
+        layout.certOffset = get32(data + layout.certDirectoryField);
+        layout.certSize = get32(data + layout.certDirectoryField + 4);
+    }
+
+    const uint64_t table = optional + optionalSize;
+    if (table + 40ull * sectionCount > size || headersSize > size) return false;
+    layout.sectionsEnd = std::max<uint64_t>(headersSize, table + 40ull * sectionCount);
+    for (unsigned i = 0; i < sectionCount; ++i) {
+        const uint8_t* s = data + table + 40 * i;
+        PeSection section{get32(s + 12), get32(s + 8), get32(s + 20), get32(s + 16)};
+        if (section.rawSize != 0) {
+            uint64_t rawEnd = uint64_t(section.rawOffset) + section.rawSize;
+            if (rawEnd > size) return false;
+            layout.sectionsEnd = std::max(layout.sectionsEnd, rawEnd);
+        }
+        layout.sections.push_back(section);
+    }
+    return true;
+}
+
+size_t peRvaToOffset(const PeLayout& layout, uint32_t rva) {
+    for (const PeSection& s : layout.sections)
+        if (rva >= s.virtualAddress && rva - s.virtualAddress < s.rawSize)
+            return size_t(s.rawOffset) + (rva - s.virtualAddress);
+    return SIZE_MAX;
+}
+
+uint32_t peChecksum(const uint8_t* data, size_t size, size_t checksumField) {
+    // A plain sum of the 16-bit words folded once at the end equals the running end-around-carry sum, and
+    // lets the checksum field be taken out again afterwards.
+    uint64_t sum = 0;
+    size_t i = 0;
+    for (; i + 1 < size; i += 2)
+        sum += get16(data + i);
+    if (i < size) sum += data[i];
+    for (size_t at = checksumField; at < checksumField + 4 && at < size; ++at)
+        sum -= uint64_t(data[at]) << (8 * (at & 1));
+    while (sum >> 16)
+        sum = (sum & 0xFFFF) + (sum >> 16);
+    return uint32_t(sum + size);
+}
+
+PeTail readPeTail(const Bytes& image, const PeLayout& layout) {
+    PeTail tail;
+    tail.known = true;
+    tail.timeStamp = get32(&image[layout.timeStampField]);
+    const size_t start = size_t(layout.sectionsEnd);
+    size_t certStart = image.size(), certEnd = image.size();
+    if (hasCertificateTable(layout, image.size())) {
+        tail.hadCertificate = true;
+        certStart = layout.certOffset;
+        certEnd = size_t(layout.certOffset) + layout.certSize;
+        // A signer pads the file to eight bytes before the table; that padding alone is no overlay.
+        bool onlyPadding =
+            certStart - start < 8 &&
+            std::all_of(image.begin() + start, image.begin() + certStart, [](uint8_t b) { return b == 0; });
+        if (onlyPadding) certStart = start;
+    }
+    tail.overlay.assign(image.begin() + start, image.begin() + certStart);
+    tail.overlay.insert(tail.overlay.end(), image.begin() + certEnd, image.end());
+
+    const uint32_t symbols = get32(&image[layout.symbolPointerField]);
+    if (symbols >= start && symbols < certStart) {
+        tail.hasSymbols = true;
+        tail.symbolsAt = uint32_t(symbols - start);
+    }
+    return tail;
+}
+
+bool cutPeTail(const Bytes& image, const PeLayout& layout, Bytes& out) {
+    const bool certEntry = layout.certDirectoryField != 0 && (layout.certOffset != 0 || layout.certSize != 0);
+    if (image.size() == layout.sectionsEnd && !certEntry) return false;
+    out.assign(image.begin(), image.begin() + size_t(layout.sectionsEnd));
+    if (layout.certDirectoryField) std::memset(&out[layout.certDirectoryField], 0, 8);
+    if (get32(&out[layout.symbolPointerField]) >= layout.sectionsEnd)
+        put32(&out[layout.symbolPointerField], 0);
+    return true;
+}
+
+bool finishPeImage(Bytes& image, const PeTail& tail) {
+    PeLayout layout;
+    if (!readPeLayout(image, layout)) return false;
+    const size_t end = size_t(layout.sectionsEnd);
+    image.resize(end);
+    if (layout.certDirectoryField) std::memset(&image[layout.certDirectoryField], 0, 8);
+    if (tail.known) put32(&image[layout.timeStampField], tail.timeStamp);
+    if (tail.hasSymbols)
+        put32(&image[layout.symbolPointerField], uint32_t(end + tail.symbolsAt));
+    else if (get32(&image[layout.symbolPointerField]) >= end)
+        put32(&image[layout.symbolPointerField], 0);
+    image.insert(image.end(), tail.overlay.begin(), tail.overlay.end());
+    clearResourceTimeStamps(image, layout);
+    put32(&image[layout.checksumField], peChecksum(image.data(), image.size(), layout.checksumField));
+    return true;
+}
+
+} // namespace nv
