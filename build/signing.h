@@ -9,6 +9,9 @@
 
 namespace nv {
 
+// A public RFC 3161 time-stamp server, used when none is named.
+inline constexpr const wchar_t* kDefaultTimestampServer = L"http://timestamp.digicert.com";
+
 // The newest SDK's signtool.exe under "ProgramFiles(x86)" or "ProgramFiles", else one of the older fixed
 // places; empty when there is none.
 std::wstring findSigntool();

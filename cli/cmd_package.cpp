@@ -47,7 +47,7 @@ int commandPack(const Invocation& invocation, Console& console) {
 int commandList(const Invocation& invocation, Console& console) {
     SkinFileSet files;
     std::wstring message;
-    if (!readPackageFile(invocation.arguments[0], files, message)) return failed(console, message);
+    if (!readSkinFile(invocation.arguments[0], files, message)) return failed(console, message);
     for (const SkinEntry& entry : files.entries) {
         char head[48];
         std::snprintf(head, sizeof head, "%llu\t%08X\t", static_cast<unsigned long long>(entry.data.size()),
@@ -60,7 +60,7 @@ int commandList(const Invocation& invocation, Console& console) {
 int commandUnpack(const Invocation& invocation, Console& console) {
     SkinFileSet files;
     std::wstring message;
-    if (!readPackageFile(invocation.arguments[0], files, message)) return failed(console, message);
+    if (!readSkinFile(invocation.arguments[0], files, message)) return failed(console, message);
     // Every name is checked before anything is written, so a bad package leaves the folder as it was.
     for (const SkinEntry& entry : files.entries)
         if (!isSafeFileName(entry.name))
@@ -102,7 +102,7 @@ const Command kListCommand{
     L"Paketteki dosyaları boyut, CRC-32 ve adlarıyla listeler.",
     L"list PACKAGE",
     L"Argümanlar:\n"
-    L"  PACKAGE  skin paketi (.nvsk)\n"
+    L"  PACKAGE  skin paketi (.nvsk) ya da (Windows'ta) skin taşıyan patcher .exe\n"
     L"\n"
     L"Her dosya için bir satır, sekmeyle ayrılmış: boyut (bayt), CRC-32 (8 onaltılık hane), ad.\n",
     kListArguments,
@@ -115,7 +115,7 @@ const Command kUnpackCommand{
     L"Paketteki dosyaları bir klasöre çıkarır.",
     L"unpack PACKAGE DIR",
     L"Argümanlar:\n"
-    L"  PACKAGE  skin paketi (.nvsk)\n"
+    L"  PACKAGE  skin paketi (.nvsk) ya da (Windows'ta) skin taşıyan patcher .exe\n"
     L"  DIR      dosyaların yazılacağı klasör; yoksa oluşturulur, aynı adlı dosyaların yerine geçilir\n"
     L"\n"
     L"Paketteki bir ad güvenli bir dosya adı değilse hiçbir dosya yazılmaz.\n",

@@ -8,7 +8,8 @@ namespace nv {
 namespace {
 
 constexpr const Command* kCommands[] = {
-    &kPackCommand, &kListCommand, &kUnpackCommand, &kInspectCommand, &kLintCommand, &kComposeCommand,
+    &kPackCommand, &kListCommand,    &kUnpackCommand, &kInspectCommand,
+    &kLintCommand, &kComposeCommand, &kBuildCommand,
 };
 
 constexpr std::wstring_view kHelpSummary = L"Bir komutun ayrıntılı yardımını gösterir.";

@@ -101,5 +101,6 @@ extern const Command kUnpackCommand;
 extern const Command kInspectCommand;
 extern const Command kLintCommand;
 extern const Command kComposeCommand;
+extern const Command kBuildCommand;
 
 } // namespace nv

@@ -27,6 +27,12 @@ bool readPackageFile(const std::wstring& path, SkinFileSet& files, std::wstring&
     return readSkinPackage(bytes.data(), bytes.size(), files, &message);
 }
 
+bool readSkinFile(const std::wstring& path, SkinFileSet& files, std::wstring& message) {
+    if (!endsWithIgnoreCase(std::wstring_view(path), std::wstring_view(L".exe")))
+        return readPackageFile(path, files, message);
+    return requireExisting(path, message) && readExecutableSkin(path, files, message);
+}
+
 bool loadSkinInput(const std::wstring& path, SkinWorkspace& workspace, std::wstring& message,
                    std::wstring& note) {
     note.clear();
@@ -38,10 +44,7 @@ bool loadSkinInput(const std::wstring& path, SkinWorkspace& workspace, std::wstr
         return true;
     }
     SkinFileSet files;
-    bool read = endsWithIgnoreCase(std::wstring_view(path), std::wstring_view(L".exe"))
-                    ? readExecutableSkin(path, files, message)
-                    : readPackageFile(path, files, message);
-    return read && workspace.loadSkinSet(std::move(files), path, message);
+    return readSkinFile(path, files, message) && workspace.loadSkinSet(std::move(files), path, message);
 }
 
 } // namespace nv

@@ -17,6 +17,9 @@ bool loadSkinInput(const std::wstring& path, SkinWorkspace& workspace, std::wstr
 // A skin package file (.nvsk), read whole; the same "Bulunamadı: " check first.
 bool readPackageFile(const std::wstring& path, SkinFileSet& files, std::wstring& message);
 
+// A skin package file, or the package embedded in a patcher executable (a path ending in ".exe").
+bool readSkinFile(const std::wstring& path, SkinFileSet& files, std::wstring& message);
+
 // The package embedded in an executable (platform layer; the native build cannot load executables).
 bool readExecutableSkin(const std::wstring& path, SkinFileSet& files, std::wstring& message);
 

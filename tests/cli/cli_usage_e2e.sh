@@ -48,6 +48,11 @@ case_ 2 err "--link ID=URL biçiminde olmalı: URL_SITE" compose "$S" "$O" --lin
 case_ 2 err "Satır sonu içeren değer: --title" compose "$S" "$O" --title $'Kaldra\nauto_start=1'
 case_ 2 err "Satır sonu içeren değer: --run-args" compose "$S" "$O" --run-args $'-x\r'
 case_ 2 err "Bilinmeyen komut: frob" help frob
+case_ 2 err "Eksik argüman: SOURCE" build
+case_ 2 err "Eksik seçenek: --out" build "$S"
+case_ 2 err "Değer eksik: --sign-password-env" build "$S" --out x.exe --sign-password-env
+case_ 2 err "Bilinmeyen seçenek: --sign-password" build "$S" --out x.exe --sign-password gizli
+case_ 2 err "--conn 1 ile 8 arasında bir tam sayı olmalı: 0" build "$S" --out x.exe --conn 0
 check "... and nothing was written by any of them" [ ! -e "$work/o.nvsk" ]
 nv pack onlyone >/dev/null 2>"$work/err"
 check "a usage error shows the command's short usage after the message" \

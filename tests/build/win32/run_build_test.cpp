@@ -80,28 +80,5 @@ TEST(RunBuild, EmbedsTheComposedSkinWithTheFieldsDefaults) {
     EXPECT_EQ(versionString(inputs.outputPath, L"InternalName"), L"Yama Kaldra");
 }
 
-TEST(RunBuild, CompositionFailuresTouchNothing) {
-    test::TempDir dir;
-    BuildInputs inputs;
-    inputs.templatePath = test::buildFixture(L"foreign_template.exe");
-    inputs.outputPath = dir.file(L"Kaldra.exe");
-    const struct {
-        SkinWorkspace ws;
-        std::wstring message;
-    } cases[] = {
-        {SkinWorkspace(), L"Önce bir skin yükleyin."},
-        {workspaceOf(false), L"Skin içinde Fernwick.url.xml yok."},
-    };
-    for (const auto& c : cases) {
-        std::vector<std::wstring> log;
-        const BuildResult result = runBuild(c.ws, inputs, test::collectLine, &log);
-        EXPECT_FALSE(result.ok);
-        EXPECT_EQ(result.message, c.message);
-        EXPECT_TRUE(log.empty());
-        EXPECT_FALSE(fileExists(inputs.outputPath));
-        EXPECT_FALSE(fileExists(inputs.outputPath + L".building"));
-    }
-}
-
 } // namespace
 } // namespace nv
