@@ -1,7 +1,9 @@
 # Norvane: the Windows programs are cross-compiled with mingw-w64 and tested under Wine; the portable layers
 # are also built natively, with sanitizers, fuzzers and benchmarks.
 #
-#   make test    install what is missing, build everything, run every test (native, Windows under Wine, fuzz smoke)
+#   make test    install what is missing, check the formatting, build everything, run every test (native,
+#                Windows under Wine, fuzz smoke)
+#   make format  format every C++ file with the repository's .clang-format
 #   make demo    build the sample skin's outputs with nvbuild.exe into demo-out/, and the builder window's
 #                snapshots of the sample into demo-out/snap/
 #   make run ARGS="inspect examples/skins/gece-mavisi"   nvbuild.exe under Wine, as ./nvbuild does
@@ -19,7 +21,7 @@ CMAKE        := cmake -G Ninja -Wno-dev --log-level=WARNING
 WITH_WINE    := scripts/with-wine.sh $(OUT)/windows/wineprefix
 
 .PHONY: all deps native windows fuzz-build bench-build test test-native test-windows dist demo fuzz bench \
-        sample-skin format clean run
+        sample-skin format format-check clean run
 
 all: native windows
 
@@ -57,7 +59,10 @@ $(OUT)/CTestTestfile.cmake:
 	@mkdir -p $(OUT)
 	@printf 'subdirs("native" "windows" "fuzz")\n' > $@
 
-test: deps native windows fuzz-build $(OUT)/CTestTestfile.cmake
+format-check: deps
+	@scripts/check-format.sh
+
+test: deps format-check native windows fuzz-build $(OUT)/CTestTestfile.cmake
 	@$(WITH_WINE) ctest --test-dir $(OUT) --output-on-failure -j $(JOBS)
 
 test-native: native
@@ -105,8 +110,8 @@ sample-skin:
 	fi
 	@/usr/bin/python3 examples/skins/tools/make_sample_skin.py
 
-format:
-	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
+format: deps
+	@git ls-files --cached --others --exclude-standard -- '*.cpp' '*.h' | xargs clang-format --style=file -i
 
 clean:
 	rm -rf $(OUT) dist demo-out

@@ -27,13 +27,15 @@ const std::vector<uint8_t>& buffer() {
 
 void BM_Crc32_Norvane(benchmark::State& state) {
     const auto& data = buffer();
-    for (auto _ : state) benchmark::DoNotOptimize(nv::Crc32::of(data.data(), data.size()));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(nv::Crc32::of(data.data(), data.size()));
     state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(data.size()));
 }
 
 void BM_Crc32_Zlib(benchmark::State& state) {
     const auto& data = buffer();
-    for (auto _ : state) benchmark::DoNotOptimize(crc32(0L, data.data(), uInt(data.size())));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(crc32(0L, data.data(), uInt(data.size())));
     state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(data.size()));
 }
 

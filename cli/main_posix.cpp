@@ -5,6 +5,7 @@
 
 int main(int argc, char** argv) {
     std::vector<std::wstring> args;
-    for (int i = 1; i < argc; ++i) args.push_back(nv::utf8ToWide(argv[i]));
+    for (int i = 1; i < argc; ++i)
+        args.push_back(nv::utf8ToWide(argv[i]));
     return nv::runNvbuild(args, nv::processConsole());
 }

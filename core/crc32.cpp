@@ -11,11 +11,13 @@ struct CrcTables {
     CrcTables() {
         for (uint32_t n = 0; n < 256; ++n) {
             uint32_t c = n;
-            for (int k = 0; k < 8; ++k) c = (c & 1) ? (c >> 1) ^ 0xEDB88320u : c >> 1;
+            for (int k = 0; k < 8; ++k)
+                c = (c & 1) ? (c >> 1) ^ 0xEDB88320u : c >> 1;
             t[0][n] = c;
         }
         for (uint32_t n = 0; n < 256; ++n)
-            for (int k = 1; k < 8; ++k) t[k][n] = (t[k - 1][n] >> 8) ^ t[0][t[k - 1][n] & 0xFF];
+            for (int k = 1; k < 8; ++k)
+                t[k][n] = (t[k - 1][n] >> 8) ^ t[0][t[k - 1][n] & 0xFF];
     }
 };
 
@@ -40,7 +42,8 @@ void Crc32::update(const void* data, size_t size) {
         p += 8;
         size -= 8;
     }
-    while (size-- > 0) c = t[0][(c ^ *p++) & 0xFF] ^ (c >> 8);
+    while (size-- > 0)
+        c = t[0][(c ^ *p++) & 0xFF] ^ (c >> 8);
     state = c;
 }
 

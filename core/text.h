@@ -9,8 +9,8 @@
 
 namespace nv {
 
-// Whole-string conversions between UTF-8 and wide text (platform layer). An empty input gives an empty output;
-// a conversion the platform rejects gives an empty string. Invalid UTF-8 becomes U+FFFD.
+// Whole-string conversions between UTF-8 and wide text (platform layer). An empty input gives an empty
+// output; a conversion the platform rejects gives an empty string. Invalid UTF-8 becomes U+FFFD.
 std::wstring utf8ToWide(std::string_view utf8);
 std::string wideToUtf8(std::wstring_view wide);
 
@@ -36,8 +36,9 @@ std::wstring trim(std::wstring_view s);
 // Appends the UTF-8 form of one code point (at most 0x10FFFF; callers decide what to do with surrogates).
 void appendUtf8(std::string& out, char32_t codePoint);
 
-// UTF-16 code units (little- or big-endian bytes, no byte-order mark) straight to UTF-8, without going through
-// wchar_t, whose size differs between builds. An unpaired surrogate becomes U+FFFD; an odd last byte is dropped.
+// UTF-16 code units (little- or big-endian bytes, no byte-order mark) straight to UTF-8, without going
+// through wchar_t, whose size differs between builds. An unpaired surrogate becomes U+FFFD; an odd last byte
+// is dropped.
 std::string utf16BytesToUtf8(const uint8_t* data, size_t size, bool bigEndian);
 
 // Narrow ASCII text widened byte by byte (for fixed ASCII keys and names).

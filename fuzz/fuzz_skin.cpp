@@ -1,10 +1,10 @@
-// The skin as the builder handles it: a set of companion files and pictures is loaded as the preview loads it,
-// then composed with the operator's edits and packed as a build packs it. Whatever loaded before composition
-// must still load after it: the in-place writers may change values, never break a file. The author's checklist
-// runs over the same bytes and must agree with the loader.
+// The skin as the builder handles it: a set of companion files and pictures is loaded as the preview loads
+// it, then composed with the operator's edits and packed as a build packs it. Whatever loaded before
+// composition must still load after it: the in-place writers may change values, never break a file. The
+// author's checklist runs over the same bytes and must agree with the loader.
 //
-// Input: entries of [name index: 1 byte][length: 4 bytes, little-endian][data], the name taken from a fixed list
-// so that the fuzzer spends its time inside the files rather than on their names.
+// Input: entries of [name index: 1 byte][length: 4 bytes, little-endian][data], the name taken from a fixed
+// list so that the fuzzer spends its time inside the files rather than on their names.
 
 #include "skin/package.h"
 #include "skin/skin_lint.h"
@@ -15,9 +15,9 @@
 
 namespace {
 
-constexpr const char* kNames[] = {"skin.xml", "fernwick.url.xml", "fernwick.locale.xml", "norvane.ini",
-                                  "bg.png",   "main.png",         "btn_up.png",          "btn_on.png",
-                                  "gauge.png", "crest.bmp",       "custom_url.xml",      "en.locale.xml"};
+constexpr const char* kNames[] = {"skin.xml",  "fernwick.url.xml", "fernwick.locale.xml", "norvane.ini",
+                                  "bg.png",    "main.png",         "btn_up.png",          "btn_on.png",
+                                  "gauge.png", "crest.bmp",        "custom_url.xml",      "en.locale.xml"};
 
 nv::SkinFileSet filesOf(const uint8_t* data, size_t size) {
     nv::SkinFileSet set;
@@ -61,7 +61,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     ws.serverAddress = L"https://yeni.example/cfg?a=1&b=<\"'>";
     ws.newsAddress = L"https://yeni.example/haber&x";
     ws.feedUrl = L"https://yeni.example/feed\"";
-    for (nv::ButtonLink& link : ws.buttonLinks) ws.setButtonLink(link.id, L"https://b.example/?q=&\"<>");
+    for (nv::ButtonLink& link : ws.buttonLinks)
+        ws.setButtonLink(link.id, L"https://b.example/?q=&\"<>");
 
     nv::Bytes package;
     std::vector<std::wstring> messages;

@@ -18,7 +18,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (!nv::readSkinPackage(again.data(), again.size(), second, &error)) std::abort();
     if (second.entries.size() != files.entries.size()) std::abort();
     for (size_t i = 0; i < files.entries.size(); ++i)
-        if (second.entries[i].name != files.entries[i].name || second.entries[i].data != files.entries[i].data)
+        if (second.entries[i].name != files.entries[i].name ||
+            second.entries[i].data != files.entries[i].data)
             std::abort();
     return 0;
 }

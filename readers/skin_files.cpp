@@ -8,7 +8,7 @@ namespace {
 
 // Tested in this order against the end of the lower-cased name.
 constexpr std::string_view kAcceptedExtensions[] = {".png", ".jpg", ".jpeg", ".bmp", ".gif",
-                                                    ".ico", ".xml", ".ini", ".txt"};
+                                                    ".ico", ".xml", ".ini",  ".txt"};
 
 } // namespace
 
@@ -32,7 +32,8 @@ const Bytes* SkinFileSet::findFile(std::string_view name) const {
 
 uint64_t SkinFileSet::totalBytes() const {
     uint64_t total = 0;
-    for (const SkinEntry& entry : entries) total += entry.data.size();
+    for (const SkinEntry& entry : entries)
+        total += entry.data.size();
     return total;
 }
 

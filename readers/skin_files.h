@@ -22,7 +22,8 @@ struct SkinFileSet {
     // In insertion order; nothing ever sorts them.
     std::vector<SkinEntry> entries;
 
-    // Lower-cases the name's ASCII letters; replaces the data of an entry of the same name in place, or appends.
+    // Lower-cases the name's ASCII letters; replaces the data of an entry of the same name in place, or
+    // appends.
     void putFile(std::string_view name, Bytes data);
     // Lower-cases the name's ASCII letters and returns the entry's data, or null.
     const Bytes* findFile(std::string_view name) const;
@@ -31,15 +32,17 @@ struct SkinFileSet {
     void clear() { entries.clear(); }
 };
 
-// The set name of a file ("" when the file does not belong in a skin): the bare name, UTF-8, ASCII-lower-cased;
-// dot-files, thumbs.db and desktop.ini are refused; only the picture, XML, INI and text extensions pass.
+// The set name of a file ("" when the file does not belong in a skin): the bare name, UTF-8,
+// ASCII-lower-cased; dot-files, thumbs.db and desktop.ini are refused; only the picture, XML, INI and text
+// extensions pass.
 std::string skinFileName(std::wstring_view path);
 
 // Reads one file into the set. Messages: "Desteklenmeyen dosya: " + name, "Okunamadi: " + path,
 // "Skin paketi 64 MB sinirini asiyor.". A failure leaves the set unchanged.
 bool addSkinFile(SkinFileSet& set, const std::wstring& path, std::wstring* error = nullptr);
 
-// Reads the accepted files directly inside a folder (not recursive). False only when the folder cannot be listed
+// Reads the accepted files directly inside a folder (not recursive). False only when the folder cannot be
+// listed
 // ("Klasor okunamadi: " + folder); a file that fails is skipped, and the first such message is kept in error
 // when error is still empty. added (when given) counts the files added.
 bool addSkinFolder(SkinFileSet& set, const std::wstring& folder, int* added = nullptr,

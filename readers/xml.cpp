@@ -138,8 +138,8 @@ public:
     Parser(const char* data, size_t size) : in_(data, size) {}
 
     void parseDocument(XmlDocument& document) {
-        // Windows editors often save UTF-8 with a byte-order mark; it is not text before the root. Positions stay
-        // those of the whole input, so in-place edits keep the mark.
+        // Windows editors often save UTF-8 with a byte-order mark; it is not text before the root. Positions
+        // stay those of the whole input, so in-place edits keep the mark.
         if (in_.startsWith("\xEF\xBB\xBF")) in_.moveTo(3);
         for (;;) {
             in_.skipSpace();

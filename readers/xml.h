@@ -23,14 +23,16 @@ struct XmlElement {
     std::vector<XmlElement> children;
 
     // Byte positions in the parsed source.
-    size_t tagBegin = 0;     // the '<' of the start tag
-    size_t nameEnd = 0;      // just past the element's name in the start tag
-    size_t contentBegin = 0; // just past the start tag's '>'
-    size_t contentEnd = 0;   // the '<' of the closing tag; equals contentBegin for an empty element
+    size_t tagBegin = 0;      // the '<' of the start tag
+    size_t nameEnd = 0;       // just past the element's name in the start tag
+    size_t contentBegin = 0;  // just past the start tag's '>'
+    size_t contentEnd = 0;    // the '<' of the closing tag; equals contentBegin for an empty element
     bool selfClosing = false; // written as <name ... />
 
     const XmlAttribute* findAttribute(std::string_view attributeName) const;
-    bool hasAttribute(std::string_view attributeName) const { return findAttribute(attributeName) != nullptr; }
+    bool hasAttribute(std::string_view attributeName) const {
+        return findAttribute(attributeName) != nullptr;
+    }
     // The first attribute of that exact name, or the default.
     std::string attribute(std::string_view attributeName, std::string_view defaultValue = {}) const;
     // The attribute parsed as an integer (parseInt), or the default when absent or not a number.

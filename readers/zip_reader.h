@@ -16,6 +16,7 @@ bool readZipSkinBytes(SkinFileSet& set, const uint8_t* data, size_t size, int* a
                       std::wstring* error = nullptr);
 
 // Reads the archive from disk (at most 256 MiB; "Zip okunamadi: " + path) and hands it to readZipSkinBytes.
-bool readZipSkin(SkinFileSet& set, const std::wstring& path, std::wstring* error = nullptr, int* added = nullptr);
+bool readZipSkin(SkinFileSet& set, const std::wstring& path, std::wstring* error = nullptr,
+                 int* added = nullptr);
 
 } // namespace nv

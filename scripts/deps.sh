@@ -10,6 +10,7 @@ packages=(
     googletest                      # GoogleTest sources, built for each target
     libbenchmark-dev zlib1g-dev     # benchmarks (zlib is a yardstick there and a reference in tests only)
     clang libclang-rt-14-dev        # libFuzzer with the sanitizers
+    clang-format                    # the formatting that `make test` checks
     python3 zip p7zip-full libarchive-tools   # test fixtures: archives from several real archivers
     libjpeg-turbo-progs             # cjpeg, for the JPEG fixtures of scripts/make-image-fixtures.py
     fonts-inter fonts-dejavu-core   # free look-alikes of Segoe UI and Consolas for the builder's snapshots

@@ -24,8 +24,8 @@ extern const LocaleDefault kLocaleDefaults[kLocaleDefaultCount + 1];
 // Empties the table and fills it with the built-in rows.
 void loadLocaleDefaults(LocaleTable& table);
 
-// Adds every <string key="..."> of the file over what the table holds (keys upper-cased). A file that does not
-// parse leaves the table as it was and returns the parser's message.
+// Adds every <string key="..."> of the file over what the table holds (keys upper-cased). A file that does
+// not parse leaves the table as it was and returns the parser's message.
 bool parseLocale(std::string_view text, LocaleTable& table, std::wstring* error = nullptr);
 
 // "fernwick.url.xml", else the first name ending in "url.xml", else "".
@@ -34,9 +34,9 @@ std::string findAddressFile(const SkinFileSet& files);
 // ".locale.xml", else "".
 std::string findLocaleFile(const SkinFileSet& files, std::string_view preferred);
 
-// Sets the root's "remoteConfigPath" to serverAddress, changing only that value. The text comes back unchanged
-// when the address is empty or equal to importedAddress, when it does not parse, or when the root has no such
-// attribute (it is never added).
+// Sets the root's "remoteConfigPath" to serverAddress, changing only that value. The text comes back
+// unchanged when the address is empty or equal to importedAddress, when it does not parse, or when the root
+// has no such attribute (it is never added).
 std::string writeAddressFile(std::string_view text, std::wstring_view serverAddress,
                              std::wstring_view importedAddress);
 

@@ -17,8 +17,12 @@ void put32(Bytes& out, uint32_t v) {
     put16(out, v >> 16);
 }
 
-uint16_t get16(const uint8_t* p) { return uint16_t(p[0] | p[1] << 8); }
-uint32_t get32(const uint8_t* p) { return uint32_t(get16(p)) | uint32_t(get16(p + 2)) << 16; }
+uint16_t get16(const uint8_t* p) {
+    return uint16_t(p[0] | p[1] << 8);
+}
+uint32_t get32(const uint8_t* p) {
+    return uint32_t(get16(p)) | uint32_t(get16(p + 2)) << 16;
+}
 
 bool fail(std::wstring* error, const wchar_t* message) {
     if (error) *error = message;
@@ -45,7 +49,8 @@ Bytes writeSkinPackage(const SkinFileSet& files) {
 
 bool readSkinPackage(const uint8_t* data, size_t size, SkinFileSet& out, std::wstring* error) {
     out.clear();
-    if (size < 16 || std::memcmp(data, "NVSK", 4) != 0) return fail(error, L"Skin paketi bulunamadi ya da bozuk.");
+    if (size < 16 || std::memcmp(data, "NVSK", 4) != 0)
+        return fail(error, L"Skin paketi bulunamadi ya da bozuk.");
     // Nothing in the header is believed before the checksum over everything before it matches.
     const size_t end = size - 4;
     if (Crc32::of(data, end) != get32(data + end)) return fail(error, L"Skin paketi bozuk (CRC).");

@@ -2,8 +2,8 @@
 // The skin package: a skin's files as one checksummed block of bytes, stored in the patcher executable as
 // resource RT_RCDATA 900, language 0.
 //
-//   "NVSK" | version u32 = 1 | count u32 (<= 4096) | count x { name length u16 | name | data length u32 | data }
-//   | CRC-32 u32 of everything before it          (all integers little-endian)
+//   "NVSK" | version u32 = 1 | count u32 (<= 4096) | count x { name length u16 | name | data length u32 |
+//   data } | CRC-32 u32 of everything before it          (all integers little-endian)
 
 #include "core/files.h"
 #include "readers/skin_files.h"

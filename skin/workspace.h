@@ -1,6 +1,6 @@
 #pragma once
-// The builder's working skin: the loaded files, the editable values imported from them, and the composition of
-// the final skin set for a build or the preview. No UI in here: the builder window and nvbuild drive it.
+// The builder's working skin: the loaded files, the editable values imported from them, and the composition
+// of the final skin set for a build or the preview. No UI in here: the builder window and nvbuild drive it.
 
 #include "core/files.h"
 #include "readers/skin_files.h"
@@ -13,9 +13,9 @@
 namespace nv {
 
 struct ButtonLink {
-    std::string id;           // as written in skin.xml
-    std::string type;         // the control's type, lower-cased
-    std::string image;        // the control's image name, to show the operator
+    std::string id;            // as written in skin.xml
+    std::string type;          // the control's type, lower-cased
+    std::string image;         // the control's image name, to show the operator
     std::wstring importedLink; // "link_url" resolved through the locale file at import
     std::wstring link;         // as edited
     bool edited = false;
@@ -41,8 +41,8 @@ public:
     std::wstring importedNewsAddress;
     std::wstring importedFeedUrl;
 
-    // Loads a folder or a .zip as the new working skin. On success message holds the first file of a folder that
-    // could not be read, if any (the load goes on without it).
+    // Loads a folder or a .zip as the new working skin. On success message holds the first file of a folder
+    // that could not be read, if any (the load goes on without it).
     bool loadSkinSource(const std::wstring& path, std::wstring& message);
     // Takes an already collected set (a package read back from a patcher, say) as the new working skin.
     bool loadSkinSet(SkinFileSet set, const std::wstring& label, std::wstring& message);

@@ -20,7 +20,9 @@ namespace {
 
 constexpr size_t kPiece = 0x1000000; // 16 MiB per read / write call
 
-std::string native(const std::wstring& path) { return wideToUtf8(path); }
+std::string native(const std::wstring& path) {
+    return wideToUtf8(path);
+}
 
 // A file descriptor closed on every path out of a scope.
 class ScopedFd {
@@ -131,7 +133,9 @@ std::wstring systemErrorText(uint32_t code) {
     return utf8ToWide(trim(text)) + L" (" + std::to_wstring(code) + L")";
 }
 
-uint32_t lastSystemError() { return uint32_t(errno); }
+uint32_t lastSystemError() {
+    return uint32_t(errno);
+}
 
 std::wstring exePath() {
     std::string buffer(PATH_MAX, '\0');
@@ -141,7 +145,9 @@ std::wstring exePath() {
     return utf8ToWide(buffer);
 }
 
-std::wstring exeFolder() { return pathParent(exePath()); }
+std::wstring exeFolder() {
+    return pathParent(exePath());
+}
 
 bool listFolder(const std::wstring& folder, std::vector<FolderEntry>& entries) {
     entries.clear();

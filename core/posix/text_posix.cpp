@@ -17,10 +17,14 @@ char32_t decodeOne(std::string_view s, size_t& i) {
     if (lead < 0x80) return lead;
     int extra;
     char32_t cp, min;
-    if (lead >= 0xC2 && lead <= 0xDF) extra = 1, cp = lead & 0x1F, min = 0x80;
-    else if (lead >= 0xE0 && lead <= 0xEF) extra = 2, cp = lead & 0x0F, min = 0x800;
-    else if (lead >= 0xF0 && lead <= 0xF4) extra = 3, cp = lead & 0x07, min = 0x10000;
-    else return kReplacement;
+    if (lead >= 0xC2 && lead <= 0xDF)
+        extra = 1, cp = lead & 0x1F, min = 0x80;
+    else if (lead >= 0xE0 && lead <= 0xEF)
+        extra = 2, cp = lead & 0x0F, min = 0x800;
+    else if (lead >= 0xF0 && lead <= 0xF4)
+        extra = 3, cp = lead & 0x07, min = 0x10000;
+    else
+        return kReplacement;
     size_t j = i;
     for (int k = 0; k < extra; ++k, ++j) {
         if (j >= s.size() || (static_cast<unsigned char>(s[j]) & 0xC0) != 0x80) return kReplacement;
@@ -36,7 +40,8 @@ char32_t decodeOne(std::string_view s, size_t& i) {
 std::wstring utf8ToWide(std::string_view utf8) {
     std::wstring out;
     out.reserve(utf8.size());
-    for (size_t i = 0; i < utf8.size();) out.push_back(wchar_t(decodeOne(utf8, i)));
+    for (size_t i = 0; i < utf8.size();)
+        out.push_back(wchar_t(decodeOne(utf8, i)));
     return out;
 }
 
@@ -53,13 +58,15 @@ std::string wideToUtf8(std::wstring_view wide) {
 std::wstring cp437ToWide(std::string_view bytes) {
     std::wstring out;
     out.reserve(bytes.size());
-    for (char c : bytes) out.push_back(cp437Char(static_cast<uint8_t>(c)));
+    for (char c : bytes)
+        out.push_back(cp437Char(static_cast<uint8_t>(c)));
     return out;
 }
 
 std::wstring lowerWide(std::wstring_view s) {
     std::wstring out(s);
-    for (wchar_t& c : out) c = wchar_t(std::towlower(wint_t(c)));
+    for (wchar_t& c : out)
+        c = wchar_t(std::towlower(wint_t(c)));
     return out;
 }
 

@@ -19,12 +19,13 @@ constexpr DWORD kPiece = 0x1000000; // 16 MiB per ReadFile / WriteFile call
 
 bool readFileBytes(const std::wstring& path, Bytes& out, uint64_t maxSize) {
     out.clear();
-    win::ScopedHandle file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    win::ScopedHandle file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                       nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file.valid()) return false;
 
     LARGE_INTEGER size;
-    if (!GetFileSizeEx(file.get(), &size) || size.QuadPart < 0 || uint64_t(size.QuadPart) > maxSize) return false;
+    if (!GetFileSizeEx(file.get(), &size) || size.QuadPart < 0 || uint64_t(size.QuadPart) > maxSize)
+        return false;
     if (uint64_t(size.QuadPart) > out.max_size()) return false;
 
     out.resize(size_t(size.QuadPart));
@@ -106,14 +107,16 @@ std::wstring systemErrorText(uint32_t code) {
         text.assign(buffer, n);
         LocalFree(buffer);
     }
-    while (!text.empty() && (text.back() == L' ' || text.back() == L'\t' || text.back() == L'\r' ||
-                             text.back() == L'\n'))
+    while (!text.empty() &&
+           (text.back() == L' ' || text.back() == L'\t' || text.back() == L'\r' || text.back() == L'\n'))
         text.pop_back();
     if (text.empty()) return L"Hata kodu " + std::to_wstring(code);
     return text + L" (" + std::to_wstring(code) + L")";
 }
 
-uint32_t lastSystemError() { return GetLastError(); }
+uint32_t lastSystemError() {
+    return GetLastError();
+}
 
 std::wstring exePath() {
     // Grown and retried while the result fills the buffer, so that long paths work.
@@ -130,7 +133,9 @@ std::wstring exePath() {
     }
 }
 
-std::wstring exeFolder() { return pathParent(exePath()); }
+std::wstring exeFolder() {
+    return pathParent(exePath());
+}
 
 bool listFolder(const std::wstring& folder, std::vector<FolderEntry>& entries) {
     entries.clear();

@@ -20,9 +20,13 @@ std::wstring toWide(UINT codePage, std::string_view bytes) {
 
 } // namespace
 
-std::wstring utf8ToWide(std::string_view utf8) { return toWide(CP_UTF8, utf8); }
+std::wstring utf8ToWide(std::string_view utf8) {
+    return toWide(CP_UTF8, utf8);
+}
 
-std::wstring cp437ToWide(std::string_view bytes) { return toWide(437, bytes); }
+std::wstring cp437ToWide(std::string_view bytes) {
+    return toWide(437, bytes);
+}
 
 std::string wideToUtf8(std::wstring_view wide) {
     if (wide.empty() || wide.size() > size_t(INT_MAX)) return {};

@@ -6,7 +6,8 @@ namespace nv {
 
 bool readEmbeddedSkin(HMODULE module, SkinFileSet& out, std::wstring* error) {
     out.clear();
-    HRSRC resource = FindResourceW(module, MAKEINTRESOURCEW(SKIN_RESOURCE_ID), MAKEINTRESOURCEW(10) /* RT_RCDATA */);
+    HRSRC resource =
+        FindResourceW(module, MAKEINTRESOURCEW(SKIN_RESOURCE_ID), MAKEINTRESOURCEW(10) /* RT_RCDATA */);
     if (!resource) {
         if (error) *error = L"Gomulu skin yok.";
         return false;

@@ -12,7 +12,8 @@ uint32_t slowCrc(const Bytes& bytes) {
     uint32_t c = 0xFFFFFFFFu;
     for (uint8_t b : bytes) {
         c ^= b;
-        for (int k = 0; k < 8; ++k) c = (c & 1) ? (c >> 1) ^ 0xEDB88320u : c >> 1;
+        for (int k = 0; k < 8; ++k)
+            c = (c & 1) ? (c >> 1) ^ 0xEDB88320u : c >> 1;
     }
     return ~c;
 }
@@ -65,7 +66,8 @@ TEST(SizeText, ThresholdsAreOnTheByteCount) {
         {1073741824, L"1,0 GB"},
         {5ull * 1073741824 / 2, L"2,5 GB"},
     };
-    for (const Case& c : cases) EXPECT_EQ(sizeText(c.bytes), c.text) << c.bytes;
+    for (const Case& c : cases)
+        EXPECT_EQ(sizeText(c.bytes), c.text) << c.bytes;
     EXPECT_EQ(decimalText(12.34), L"12,3");
     EXPECT_EQ(integerText(-9000000000ll), L"-9000000000");
 }

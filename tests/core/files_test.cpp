@@ -75,7 +75,8 @@ TEST(ListFolder, YieldsFilesAndFoldersButNotDotEntries) {
     std::vector<FolderEntry> entries;
     ASSERT_TRUE(listFolder(dir.path(), entries));
     std::vector<std::pair<std::wstring, bool>> seen;
-    for (const auto& e : entries) seen.emplace_back(e.name, e.isFolder);
+    for (const auto& e : entries)
+        seen.emplace_back(e.name, e.isFolder);
     std::sort(seen.begin(), seen.end());
     std::vector<std::pair<std::wstring, bool>> expected = {
         {L"img", true}, {L"one.png", false}, {L"\u011Fzel.xml", false}};

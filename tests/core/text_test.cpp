@@ -17,8 +17,10 @@ TEST(Utf8, RoundTripsTurkishAndAstralText) {
 }
 
 TEST(Utf8, InvalidBytesBecomeReplacementCharacters) {
-    // How many replacement characters a bad sequence yields differs between platforms; that one appears does not.
-    std::wstring wide = utf8ToWide("a\xFF" "b");
+    // How many replacement characters a bad sequence yields differs between platforms; that one appears does
+    // not.
+    std::wstring wide = utf8ToWide("a\xFF"
+                                   "b");
     ASSERT_FALSE(wide.empty());
     EXPECT_EQ(wide.front(), L'a');
     EXPECT_EQ(wide.back(), L'b');
@@ -28,7 +30,10 @@ TEST(Utf8, InvalidBytesBecomeReplacementCharacters) {
 TEST(AsciiCase, OnlyAsciiLettersChange) {
     EXPECT_EQ(asciiLower("Skin.XML"), "skin.xml");
     // A capital G with breve (C4 9E) is not lower-cased.
-    EXPECT_EQ(asciiLower("\xC4\x9E" "A.PNG"), "\xC4\x9E" "a.png");
+    EXPECT_EQ(asciiLower("\xC4\x9E"
+                         "A.PNG"),
+              "\xC4\x9E"
+              "a.png");
     EXPECT_EQ(asciiUpper("url_new-1"), "URL_NEW-1");
     EXPECT_TRUE(equalsIgnoreCase("Fernwick.URL.xml", "fernwick.url.XML"));
     EXPECT_FALSE(equalsIgnoreCase("abc", "abcd"));
@@ -67,7 +72,10 @@ TEST(CodePage437, HighBytesMapToThePcCharacterSet) {
     EXPECT_EQ(cp437Char(0x9E), L'\u20A7');
     EXPECT_EQ(cp437Char(0xE1), L'\u00DF');
     EXPECT_EQ(cp437Char(0xFF), L'\u00A0');
-    EXPECT_EQ(cp437ToWide("\x81" "ber.png"), L"\u00FC" L"ber.png");
+    EXPECT_EQ(cp437ToWide("\x81"
+                          "ber.png"),
+              L"\u00FC"
+              L"ber.png");
 }
 
 } // namespace

@@ -10,13 +10,27 @@ TEST(ParseInt, AcceptsOnlySignAndDigitsWithinTheSymmetricRange) {
         const char* text;
         int expected;
     } cases[] = {
-        {"42", 42},           {"  -17\r\n", -17},     {"+8", 8},           {"007", 7},
-        {"2147483647", 2147483647},                   {"-2147483647", -2147483647},
-        {"2147483648", -1},   {"-2147483648", -1},    {"", -1},            {"   ", -1},
-        {"-", -1},            {"+", -1},              {"1 2", -1},         {"12a", -1},
-        {"0x10", -1},         {"1.5", -1},            {"--1", -1},         {"99999999999999999999", -1},
+        {"42", 42},
+        {"  -17\r\n", -17},
+        {"+8", 8},
+        {"007", 7},
+        {"2147483647", 2147483647},
+        {"-2147483647", -2147483647},
+        {"2147483648", -1},
+        {"-2147483648", -1},
+        {"", -1},
+        {"   ", -1},
+        {"-", -1},
+        {"+", -1},
+        {"1 2", -1},
+        {"12a", -1},
+        {"0x10", -1},
+        {"1.5", -1},
+        {"--1", -1},
+        {"99999999999999999999", -1},
     };
-    for (const Case& c : cases) EXPECT_EQ(parseInt(c.text, -1), c.expected) << '"' << c.text << '"';
+    for (const Case& c : cases)
+        EXPECT_EQ(parseInt(c.text, -1), c.expected) << '"' << c.text << '"';
 }
 
 TEST(ParseYesNo, KnowsTurkishAndEnglishWordsAndKeepsTheDefaultOtherwise) {
@@ -25,9 +39,9 @@ TEST(ParseYesNo, KnowsTurkishAndEnglishWordsAndKeepsTheDefaultOtherwise) {
         bool defaultValue;
         bool expected;
     } cases[] = {
-        {"  Evet\n", false, true}, {"HAYIR", true, false}, {"2", true, true},   {"2", false, false},
-        {"on", false, true},       {"OFF", true, false},   {"yes", false, true}, {"no", true, false},
-        {"TRUE", false, true},     {"false", true, false}, {"1", false, true},  {"0", true, false},
+        {"  Evet\n", false, true}, {"HAYIR", true, false},  {"2", true, true},       {"2", false, false},
+        {"on", false, true},       {"OFF", true, false},    {"yes", false, true},    {"no", true, false},
+        {"TRUE", false, true},     {"false", true, false},  {"1", false, true},      {"0", true, false},
         {"", true, true},          {"maybe", false, false}, {"e vet", false, false},
     };
     for (const Case& c : cases)

@@ -12,7 +12,8 @@ namespace {
 
 std::vector<std::string> namesOf(const SkinFileSet& set) {
     std::vector<std::string> names;
-    for (const SkinEntry& e : set.entries) names.push_back(e.name);
+    for (const SkinEntry& e : set.entries)
+        names.push_back(e.name);
     return names;
 }
 
@@ -40,9 +41,11 @@ TEST(SkinFileName, KeepsOnlySkinFilesUnderTheirBareLowerCaseName) {
         {L"", ""},
         {L"png", ""},
         // A capital G with breve stays as it is; only ASCII letters fold.
-        {L"\u011Eemi.PNG", "\xC4\x9E" "emi.png"},
+        {L"\u011Eemi.PNG", "\xC4\x9E"
+                           "emi.png"},
     };
-    for (const Case& c : cases) EXPECT_EQ(skinFileName(c.path), c.name) << test::fsPath(c.path).string();
+    for (const Case& c : cases)
+        EXPECT_EQ(skinFileName(c.path), c.name) << test::fsPath(c.path).string();
 }
 
 TEST(SkinFileSet, PutReplacesInPlaceAndFindIgnoresAsciiCase) {
@@ -76,7 +79,8 @@ TEST(AddSkinFile, RefusalsCarryTheirMessagesAndLeaveTheSetAlone) {
     SkinFileSet set;
     for (const Case& c : cases) {
         std::wstring error;
-        EXPECT_EQ(addSkinFile(set, dir.file(c.name), &error), c.error.empty()) << test::fsPath(c.name).string();
+        EXPECT_EQ(addSkinFile(set, dir.file(c.name), &error), c.error.empty())
+            << test::fsPath(c.name).string();
         EXPECT_EQ(error, c.error);
     }
     EXPECT_EQ(namesOf(set), std::vector<std::string>{"exact.bmp"});
@@ -86,7 +90,8 @@ TEST(AddSkinFile, WholeSetLimitCountsTheOldBytesOfAReplacedEntry) {
     test::TempDir dir;
     constexpr size_t MiB = 1 << 20;
     SkinFileSet set;
-    for (int i = 0; i < 2; ++i) set.putFile("part" + std::to_string(i) + ".bmp", Bytes(30 * MiB, 1));
+    for (int i = 0; i < 2; ++i)
+        set.putFile("part" + std::to_string(i) + ".bmp", Bytes(30 * MiB, 1));
 
     // 60 MiB held: 5 MiB more is refused and the set stays as it was.
     test::writeFile(dir.file(L"five.bmp"), Bytes(5 * MiB, 2));

@@ -10,11 +10,14 @@ namespace nv {
 namespace {
 
 void put(Bytes& b, size_t at, uint32_t v, int width) {
-    for (int i = 0; i < width; ++i) b[at + i] = uint8_t(v >> (8 * i));
+    for (int i = 0; i < width; ++i)
+        b[at + i] = uint8_t(v >> (8 * i));
 }
 
 // Recomputes the trailing checksum so that a deliberately changed header reaches the later checks.
-void reseal(Bytes& b) { put(b, b.size() - 4, Crc32::of(b.data(), b.size() - 4), 4); }
+void reseal(Bytes& b) {
+    put(b, b.size() - 4, Crc32::of(b.data(), b.size() - 4), 4);
+}
 
 SkinFileSet sampleSet() {
     SkinFileSet set;
@@ -29,7 +32,8 @@ TEST(SkinPackage, RoundTripKeepsOrderNamesAndBytes) {
     const Bytes head = {'N', 'V', 'S', 'K', 1, 0, 0, 0, 0, 0, 0, 0};
     ASSERT_EQ(empty.size(), 16u);
     EXPECT_EQ(Bytes(empty.begin(), empty.begin() + 12), head);
-    EXPECT_EQ(empty[12] | empty[13] << 8 | empty[14] << 16 | uint32_t(empty[15]) << 24, Crc32::of(head.data(), 12));
+    EXPECT_EQ(empty[12] | empty[13] << 8 | empty[14] << 16 | uint32_t(empty[15]) << 24,
+              Crc32::of(head.data(), 12));
 
     // Names come back as stored, even upper-case or repeated ones from a foreign writer.
     SkinFileSet set = sampleSet();
@@ -62,7 +66,8 @@ TEST(SkinPackage, EveryFlippedByteAfterTheMagicIsACrcError) {
 
 TEST(SkinPackage, DamageIsReportedInTheCheckOrder) {
     SkinFileSet many;
-    for (int i = 0; i < 4096; ++i) many.entries.push_back({std::to_string(i), Bytes{uint8_t(i)}});
+    for (int i = 0; i < 4096; ++i)
+        many.entries.push_back({std::to_string(i), Bytes{uint8_t(i)}});
     const Bytes sample = writeSkinPackage(sampleSet());
     const size_t firstData = 12 + 2 + 8; // the data length of skin.xml
     struct Case {
@@ -72,7 +77,8 @@ TEST(SkinPackage, DamageIsReportedInTheCheckOrder) {
         const wchar_t* error;               // null: accepted
         size_t entries;                     // read back when accepted
     } cases[] = {
-        {"15 bytes", Bytes(sample.begin(), sample.begin() + 15), nullptr, L"Skin paketi bulunamadi ya da bozuk.", 0},
+        {"15 bytes", Bytes(sample.begin(), sample.begin() + 15), nullptr,
+         L"Skin paketi bulunamadi ya da bozuk.", 0},
         {"other magic", sample, [](Bytes& b) { b[0] = 'X'; }, L"Skin paketi bulunamadi ya da bozuk.", 0},
         {"version 2", sample, [](Bytes& b) { put(b, 4, 2, 4); }, L"Skin paketi surumu desteklenmiyor.", 0},
         {"4096 entries", writeSkinPackage(many), nullptr, nullptr, 4096},
@@ -80,7 +86,8 @@ TEST(SkinPackage, DamageIsReportedInTheCheckOrder) {
         {"more announced than present", sample, [](Bytes& b) { put(b, 8, 4, 4); }, L"Skin paketi bozuk.", 0},
         {"fewer announced: the rest is ignored", sample, [](Bytes& b) { put(b, 8, 1, 4); }, nullptr, 1},
         {"name past the end", sample, [](Bytes& b) { put(b, 12, 0xFFFF, 2); }, L"Skin paketi bozuk.", 0},
-        {"data into the checksum", sample, [&](Bytes& b) { put(b, b.size() - 8, 5, 4); }, L"Skin paketi bozuk.", 0},
+        {"data into the checksum", sample, [&](Bytes& b) { put(b, b.size() - 8, 5, 4); },
+         L"Skin paketi bozuk.", 0},
         {"data length that would wrap", sample, [&](Bytes& b) { put(b, firstData, 0xFFFFFFFF, 4); },
          L"Skin paketi bozuk.", 0},
     };

@@ -12,7 +12,8 @@ namespace {
 // A skin set with an address file and a 40 x 30 main.png, plus the given skin.xml.
 SkinFileSet skinWith(std::string_view skinXml) {
     SkinFileSet set;
-    set.putFile("Fernwick.url.xml", test::bytesOf("<urls remoteConfigPath=\"https://patch.example/cfg.xml\"/>"));
+    set.putFile("Fernwick.url.xml",
+                test::bytesOf("<urls remoteConfigPath=\"https://patch.example/cfg.xml\"/>"));
     set.putFile("main.png", test::makePng(40, 30, 0xFF102030));
     set.putFile("skin.xml", test::bytesOf(skinXml));
     return set;
@@ -32,7 +33,8 @@ Loaded load(const SkinFileSet& set) {
 
 std::string narrow(const std::vector<std::wstring>& lines) {
     std::string out;
-    for (const auto& l : lines) out += test::fsPath(l).string() + "\n";
+    for (const auto& l : lines)
+        out += test::fsPath(l).string() + "\n";
     return out;
 }
 
@@ -71,12 +73,15 @@ TEST(SkinModel, FatalProblemsFailWithOneWarningEach) {
         {[](SkinFileSet& s) { s.entries.erase(s.entries.begin()); }, L"Skin içinde Fernwick.url.xml yok."},
         {put("fernwick.url.xml", "<urls"), L"fernwick.url.xml okunamadı: Etiket kapanmadi (satir 1)"},
         {[](SkinFileSet& s) { s.entries.pop_back(); }, L"Düzenleme mevcut değil. (skin.xml yok)"},
-        {put("skin.xml", "<skin>\n<control>\n</skin>"), L"skin.xml okunamadı: Kapanis etiketi uyusmuyor (satir 3)"},
+        {put("skin.xml", "<skin>\n<control>\n</skin>"),
+         L"skin.xml okunamadı: Kapanis etiketi uyusmuyor (satir 3)"},
         {put("main.png", "not a picture"), L"Düzenleme mevcut değil. (arka plan görseli yok: main)"},
-        {put("skin.xml", "<skin background_image=\"bg\"/>"), L"Düzenleme mevcut değil. (arka plan görseli yok: bg)"},
+        {put("skin.xml", "<skin background_image=\"bg\"/>"),
+         L"Düzenleme mevcut değil. (arka plan görseli yok: bg)"},
         // The text of ERROR_NO_SKIN comes from the skin's own locale file when it has one.
         {[&](SkinFileSet& s) {
-             put("fernwick.locale.xml", "<torrent_locale><string key=\"error_no_skin\">Yok!</string></torrent_locale>")(s);
+             put("fernwick.locale.xml",
+                 "<torrent_locale><string key=\"error_no_skin\">Yok!</string></torrent_locale>")(s);
              put("skin.xml", "<skin background_image=\"x\"/>")(s);
          },
          L"Yok! (arka plan görseli yok: x)"},
@@ -121,7 +126,7 @@ TEST(SkinModel, BackgroundNamesAreCompletedInExtensionOrder) {
         SkinFileSet set = skinWith("<skin background_image=\"" + std::string(c.attribute) + "\"/>");
         for (auto& [name, width] : c.files)
             set.putFile(name, std::string_view(name).ends_with(".bmp") ? test::makeBmp(width, 2, 0xFF0000FF)
-                                                                         : test::makePng(width, 2, 0xFF00FF00));
+                                                                       : test::makePng(width, 2, 0xFF00FF00));
         Loaded r = load(set);
         ASSERT_TRUE(r.ok) << c.attribute;
         EXPECT_EQ(r.model.width, c.expectedWidth) << c.attribute;
@@ -140,23 +145,26 @@ TEST(SkinModel, ButtonStateImagesFillTheirGaps) {
         {"BTN.BMP", {{"btn_up.bmp", 6}}, 6, 6, 6, 6},
     };
     for (const Case& c : cases) {
-        SkinFileSet set = skinWith("<skin><control type=\"Button\" image=\"" + std::string(c.image) + "\"/></skin>");
+        SkinFileSet set =
+            skinWith("<skin><control type=\"Button\" image=\"" + std::string(c.image) + "\"/></skin>");
         for (auto& [name, width] : c.files)
             set.putFile(name, std::string_view(name).ends_with(".bmp") ? test::makeBmp(width, 4, 0xFF112233)
-                                                                         : test::makePng(width, 4, 0xFF112233));
+                                                                       : test::makePng(width, 4, 0xFF112233));
         Loaded r = load(set);
         ASSERT_TRUE(r.ok && r.warnings.empty()) << c.image << narrow(r.warnings);
         const SkinControl& b = r.model.controls.at(0);
         EXPECT_EQ(b.kind, ControlKind::Button);
-        EXPECT_EQ(std::vector<int>({b.imageUp.width, b.imageOn.width, b.imageDown.width, b.imageDisabled.width}),
-                  std::vector<int>({c.up, c.on, c.down, c.disabled}))
+        EXPECT_EQ(
+            std::vector<int>({b.imageUp.width, b.imageOn.width, b.imageDown.width, b.imageDisabled.width}),
+            std::vector<int>({c.up, c.on, c.down, c.disabled}))
             << c.image;
         EXPECT_EQ(b.width, c.up);
         EXPECT_EQ(b.height, 4);
     }
 
-    Loaded none = load(skinWith("<skin><control type=\"button\" image=\"img/go.png\" w=\"90\" height=\"30\" h=\"5\"/>"
-                                "</skin>"));
+    Loaded none =
+        load(skinWith("<skin><control type=\"button\" image=\"img/go.png\" w=\"90\" height=\"30\" h=\"5\"/>"
+                      "</skin>"));
     ASSERT_TRUE(none.ok);
     EXPECT_EQ(none.warnings, std::vector<std::wstring>{L"Buton görseli yok: img/go_up"});
     EXPECT_EQ(none.model.controls[0].width, 90);
@@ -169,10 +177,11 @@ TEST(SkinModel, LinksNameLocaleKeysOrHoldAddresses) {
                                "<control type=\"button\" link_url=\"https://kaldra.example/\"/>"
                                "<control type=\"button\" link_url=\"url_support\"/>"
                                "</skin>");
-    set.putFile("fernwick.locale.xml", test::bytesOf("<torrent_locale>\r\n"
-                                                     "\t<string key=\"LAUNCHER_NEW_URL\">https://new/</string>\r\n"
-                                                     "\t<string key=\"URL_SUPPORT\">https://help/</string>\r\n"
-                                                     "</torrent_locale>\r\n"));
+    set.putFile("fernwick.locale.xml",
+                test::bytesOf("<torrent_locale>\r\n"
+                              "\t<string key=\"LAUNCHER_NEW_URL\">https://new/</string>\r\n"
+                              "\t<string key=\"URL_SUPPORT\">https://help/</string>\r\n"
+                              "</torrent_locale>\r\n"));
     Loaded r = load(set);
     ASSERT_TRUE(r.ok);
     EXPECT_EQ(r.model.controls[0].id, "URL_NEW");
@@ -184,12 +193,13 @@ TEST(SkinModel, LinksNameLocaleKeysOrHoldAddresses) {
 }
 
 TEST(SkinModel, TextAttributesDefaultsClampsAndColours) {
-    Loaded r = load(skinWith("<skin>"
-                             "<control type=\"text\"/>"
-                             "<control type=\"text\" size=\"200\" color=\"#80FF0000\" shadow=\"#00ff00\" bold=\"evet\""
-                             " align=\"CENTER\" font=\"Segoe UI\" width=\"120\" w=\"5\"/>"
-                             "<control type=\"text\" size=\"2\" color=\"FF0000\" shadow=\"red\" align=\"right\" w=\"7\"/>"
-                             "</skin>"));
+    Loaded r = load(
+        skinWith("<skin>"
+                 "<control type=\"text\"/>"
+                 "<control type=\"text\" size=\"200\" color=\"#80FF0000\" shadow=\"#00ff00\" bold=\"evet\""
+                 " align=\"CENTER\" font=\"Segoe UI\" width=\"120\" w=\"5\"/>"
+                 "<control type=\"text\" size=\"2\" color=\"FF0000\" shadow=\"red\" align=\"right\" w=\"7\"/>"
+                 "</skin>"));
     ASSERT_TRUE(r.ok);
     struct Expect {
         int size, height, width, align;
@@ -205,7 +215,8 @@ TEST(SkinModel, TextAttributesDefaultsClampsAndColours) {
         const SkinControl& c = r.model.controls.at(i);
         const Expect& e = expected[i];
         EXPECT_EQ(std::make_tuple(c.size, c.height, c.width, c.align, c.color, c.shadow, c.bold, c.font),
-                  std::make_tuple(e.size, e.height, e.width, e.align, e.color, e.shadow, e.bold, std::wstring(e.font)))
+                  std::make_tuple(e.size, e.height, e.width, e.align, e.color, e.shadow, e.bold,
+                                  std::wstring(e.font)))
             << "control " << i;
     }
     EXPECT_EQ(r.model.controls[1].shadowColor, 0xFF00FF00u);
@@ -230,15 +241,17 @@ TEST(SkinModel, GaugesFramesImagesAndUnknownControls) {
     const auto& c = r.model.controls;
     ASSERT_EQ(c.size(), 6u);
     std::vector<std::tuple<ControlKind, int, int>> kindsAndSizes;
-    for (const SkinControl& control : c) kindsAndSizes.emplace_back(control.kind, control.width, control.height);
-    EXPECT_EQ(kindsAndSizes, (std::vector<std::tuple<ControlKind, int, int>>{
-                                 {ControlKind::Gauge, 100, 8},
-                                 {ControlKind::Gauge, 50, 3},
-                                 {ControlKind::Gauge, 0, 0}, // image_full is present, so image is not consulted
-                                 {ControlKind::Iframe, 300, 200},
-                                 {ControlKind::Image, 16, 17},
-                                 {ControlKind::Unknown, 40, 0},
-                             }));
+    for (const SkinControl& control : c)
+        kindsAndSizes.emplace_back(control.kind, control.width, control.height);
+    EXPECT_EQ(kindsAndSizes,
+              (std::vector<std::tuple<ControlKind, int, int>>{
+                  {ControlKind::Gauge, 100, 8},
+                  {ControlKind::Gauge, 50, 3},
+                  {ControlKind::Gauge, 0, 0}, // image_full is present, so image is not consulted
+                  {ControlKind::Iframe, 300, 200},
+                  {ControlKind::Image, 16, 17},
+                  {ControlKind::Unknown, 40, 0},
+              }));
     EXPECT_EQ(c[0].imageEmpty.width, 100);
     EXPECT_TRUE(c[1].imageEmpty.empty());
     EXPECT_EQ(c[5].index, 5u);
@@ -250,9 +263,14 @@ TEST(ParseColor, SixOrEightHexDigitsWithAnOptionalHash) {
         bool ok;
         uint32_t argb;
     } cases[] = {
-        {"#80FF0000", true, 0x80FF0000}, {"FF0000", true, 0xFFFF0000}, {"#00ff7f", true, 0xFF00FF7F},
-        {"red", false, 0},               {"#12345", false, 0},        {"##123456", false, 0},
-        {"12345G", false, 0},            {"#123456789", false, 0},
+        {"#80FF0000", true, 0x80FF0000},
+        {"FF0000", true, 0xFFFF0000},
+        {"#00ff7f", true, 0xFF00FF7F},
+        {"red", false, 0},
+        {"#12345", false, 0},
+        {"##123456", false, 0},
+        {"12345G", false, 0},
+        {"#123456789", false, 0},
     };
     for (const Case& c : cases) {
         uint32_t argb = 0xDEADBEEF;

@@ -11,20 +11,24 @@
 namespace nv {
 namespace {
 
-// Comments, odd spacing, attribute order and CRLF line ends: composition must keep every byte it does not edit.
-const char* kSkinXml = "<?xml version=\"1.0\"?>\r\n"
-                       "<!-- Gece Mavisi -->\r\n"
-                       "<skin   background_image = 'main' feed_refresh=\"30\">\r\n"
-                       "  <control type=\"button\" id=\"BTN_START\" image=\"start.png\" exec_path=\"Kaldra.exe\"/>\r\n"
-                       "  <control id=\"URL_SITE\"  type=\"button\" link_url=\"https://kaldra.example/\" image=\"site.png\"/>\r\n"
-                       "  <control type=\"button\" id=\"URL_NEW\" link_url=\"LAUNCHER_NEW_URL\" image=\"new.png\"/>\r\n"
-                       "  <control type=\"button\" id=\"URL_SUPPORT\" link_url=\"url_support\" image=\"help.png\"/>\r\n"
-                       "  <control type=\"iframe\" id=\"NEWS\" w=\"10\" h=\"10\"/>\r\n"
-                       "  <control type=\"text\" id=\"FEED_STATUS\" text=\"?\"/>\r\n"
-                       "</skin>\r\n";
+// Comments, odd spacing, attribute order and CRLF line ends: composition must keep every byte it does not
+// edit.
+const char* kSkinXml =
+    "<?xml version=\"1.0\"?>\r\n"
+    "<!-- Gece Mavisi -->\r\n"
+    "<skin   background_image = 'main' feed_refresh=\"30\">\r\n"
+    "  <control type=\"button\" id=\"BTN_START\" image=\"start.png\" exec_path=\"Kaldra.exe\"/>\r\n"
+    "  <control id=\"URL_SITE\"  type=\"button\" link_url=\"https://kaldra.example/\" "
+    "image=\"site.png\"/>\r\n"
+    "  <control type=\"button\" id=\"URL_NEW\" link_url=\"LAUNCHER_NEW_URL\" image=\"new.png\"/>\r\n"
+    "  <control type=\"button\" id=\"URL_SUPPORT\" link_url=\"url_support\" image=\"help.png\"/>\r\n"
+    "  <control type=\"iframe\" id=\"NEWS\" w=\"10\" h=\"10\"/>\r\n"
+    "  <control type=\"text\" id=\"FEED_STATUS\" text=\"?\"/>\r\n"
+    "</skin>\r\n";
 
-const char* kAddressXml = "<?xml version=\"1.0\"?>\r\n<urls languagePath=\"Fernwick.locale.xml\"\r\n"
-                          "      remoteConfigPath=\"https://old.example/cfg.xml\"  localConfigPath=\"k.xml\"/>\r\n";
+const char* kAddressXml =
+    "<?xml version=\"1.0\"?>\r\n<urls languagePath=\"Fernwick.locale.xml\"\r\n"
+    "      remoteConfigPath=\"https://old.example/cfg.xml\"  localConfigPath=\"k.xml\"/>\r\n";
 
 const char* kLocaleXml = "<torrent_locale>\r\n"
                          "\t<!-- addresses -->\r\n"
@@ -127,7 +131,8 @@ TEST(SkinWorkspace, EditsChangeOnlyTheValuesConcerned) {
     const SkinFileSet before = ws.files;
     SkinFileSet out = compose(ws);
 
-    std::string skin = replaced(kSkinXml, "<skin   background_image", "<skin feed_url=\"https://new.example/feed\"   background_image");
+    std::string skin = replaced(kSkinXml, "<skin   background_image",
+                                "<skin feed_url=\"https://new.example/feed\"   background_image");
     skin = replaced(skin, "https://kaldra.example/", "https://site.example/?x=1&amp;y=&quot;2&quot;");
     skin = replaced(skin, "link_url=\"url_support\"", "link_url=\"https://new.example/help\"");
     // A control without link_url gains one, like feed_url, right behind the element's name.
@@ -135,18 +140,20 @@ TEST(SkinWorkspace, EditsChangeOnlyTheValuesConcerned) {
                     "<control link_url=\"https://start.example/\" type=\"button\" id=\"BTN_START\"");
     EXPECT_EQ(fileText(out, "skin.xml"), skin);
 
-    EXPECT_EQ(fileText(out, "fernwick.url.xml"),
-              replaced(kAddressXml, "https://old.example/cfg.xml", "https://new.example/cfg?a=1&amp;b=&quot;2&quot;"));
+    EXPECT_EQ(fileText(out, "fernwick.url.xml"), replaced(kAddressXml, "https://old.example/cfg.xml",
+                                                          "https://new.example/cfg?a=1&amp;b=&quot;2&quot;"));
 
     std::string locale = replaced(kLocaleXml, "https://old.example/news", "https://new.example/news");
     locale = replaced(locale, "https://old.example/help", "https://new.example/help");
-    locale = replaced(locale, "</torrent_locale>",
-                      "\t<string key=\"LAUNCHER_NEW_URL\">https://new.example/news</string>\r\n</torrent_locale>");
+    locale =
+        replaced(locale, "</torrent_locale>",
+                 "\t<string key=\"LAUNCHER_NEW_URL\">https://new.example/news</string>\r\n</torrent_locale>");
     EXPECT_EQ(fileText(out, "fernwick.locale.xml"), locale);
 
     // The working set itself is never changed, so the next build starts from the same files.
     ASSERT_EQ(ws.files.entries.size(), before.entries.size());
-    for (size_t i = 0; i < before.entries.size(); ++i) EXPECT_EQ(ws.files.entries[i].data, before.entries[i].data);
+    for (size_t i = 0; i < before.entries.size(); ++i)
+        EXPECT_EQ(ws.files.entries[i].data, before.entries[i].data);
 }
 
 TEST(SkinWorkspace, TheFeedAddressIsEditedOnlyInSkinsWithFeedControls) {
@@ -156,7 +163,8 @@ TEST(SkinWorkspace, TheFeedAddressIsEditedOnlyInSkinsWithFeedControls) {
         std::wstring imported;
         std::string expected; // skin.xml after setting the feed address to https://b/<x>
     } cases[] = {
-        {replaced(kSkinXml, "FEED_STATUS", "STATUS"), false, L"", replaced(kSkinXml, "FEED_STATUS", "STATUS")},
+        {replaced(kSkinXml, "FEED_STATUS", "STATUS"), false, L"",
+         replaced(kSkinXml, "FEED_STATUS", "STATUS")},
         {replaced(kSkinXml, "feed_refresh=", "feed_url='https://a/' feed_refresh="), true, L"https://a/",
          replaced(kSkinXml, "feed_refresh=", "feed_url='https://b/&lt;x&gt;' feed_refresh=")},
     };
@@ -218,10 +226,11 @@ TEST(SkinWorkspace, SourcesAreFoldersOrZipsHoldingSkinXml) {
     test::TempDir dir;
     for (const SkinEntry& e : sampleFiles().entries) {
         test::writeFile(pathJoin(dir.file(L"skin"), utf8ToWide(e.name)), e.data);
-        test::writeFile(pathJoin(dir.file(L"named.zip"), utf8ToWide(e.name)), e.data); // a folder all the same
+        test::writeFile(pathJoin(dir.file(L"named.zip"), utf8ToWide(e.name)),
+                        e.data); // a folder all the same
     }
-    test::writeFile(dir.file(L"Kaldra Skin.ZIP"), test::readFile(pathJoin(pathJoin(test::testDataDir(), L"zips"),
-                                                                        L"infozip_deflate.zip")));
+    test::writeFile(dir.file(L"Kaldra Skin.ZIP"),
+                    test::readFile(pathJoin(pathJoin(test::testDataDir(), L"zips"), L"infozip_deflate.zip")));
     test::writeFile(dir.file(L"empty/readme.txt"), "x");
     struct Case {
         std::wstring path;
@@ -248,7 +257,8 @@ TEST(SkinWorkspace, SourcesAreFoldersOrZipsHoldingSkinXml) {
 TEST(SkinWorkspace, DroppedFilesJoinTheWorkingSet) {
     test::TempDir dir;
     const std::wstring skin = dir.file(L"skin");
-    for (const SkinEntry& e : sampleFiles().entries) test::writeFile(pathJoin(skin, utf8ToWide(e.name)), e.data);
+    for (const SkinEntry& e : sampleFiles().entries)
+        test::writeFile(pathJoin(skin, utf8ToWide(e.name)), e.data);
     test::writeFile(dir.file(L"start_up.png"), test::makePng(33, 10, 0xFFFF0000));
     test::writeFile(dir.file(L"extra.png"), test::makePng(1, 1, 0xFFFF0000));
     test::writeFile(dir.file(L"notes.md"), "x");

@@ -9,7 +9,8 @@ namespace nv::test {
 namespace {
 
 void put32be(Bytes& out, uint32_t v) {
-    for (int shift = 24; shift >= 0; shift -= 8) out.push_back(uint8_t(v >> shift));
+    for (int shift = 24; shift >= 0; shift -= 8)
+        out.push_back(uint8_t(v >> shift));
 }
 
 void put16le(Bytes& out, uint32_t v) {
@@ -59,7 +60,8 @@ Bytes makePng(int width, int height, const std::vector<uint32_t>& pixels) {
     Bytes header;
     put32be(header, uint32_t(width));
     put32be(header, uint32_t(height));
-    header.insert(header.end(), {8, 6, 0, 0, 0}); // 8 bits, RGBA, deflate, no filter method change, no interlace
+    header.insert(header.end(),
+                  {8, 6, 0, 0, 0}); // 8 bits, RGBA, deflate, no filter method change, no interlace
     chunk(png, "IHDR", header);
     Bytes raw;
     for (int y = 0; y < height; ++y) {
@@ -90,9 +92,11 @@ Bytes makeBmp(int width, int height, uint32_t argb) {
     put32le(bmp, uint32_t(height));
     put16le(bmp, 1);
     put16le(bmp, 24);
-    for (int i = 0; i < 6; ++i) put32le(bmp, i == 1 ? imageBytes : 0);
+    for (int i = 0; i < 6; ++i)
+        put32le(bmp, i == 1 ? imageBytes : 0);
     for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x) bmp.insert(bmp.end(), {uint8_t(argb), uint8_t(argb >> 8), uint8_t(argb >> 16)});
+        for (int x = 0; x < width; ++x)
+            bmp.insert(bmp.end(), {uint8_t(argb), uint8_t(argb >> 8), uint8_t(argb >> 16)});
         bmp.resize(bmp.size() + (rowBytes - uint32_t(width) * 3), 0);
     }
     return bmp;

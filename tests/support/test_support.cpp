@@ -50,12 +50,20 @@ TempDir::~TempDir() {
     fs::remove_all(fsPath(path_), ec);
 }
 
-std::wstring TempDir::file(std::wstring_view name) const { return pathJoin(path_, name); }
+std::wstring TempDir::file(std::wstring_view name) const {
+    return pathJoin(path_, name);
+}
 
-std::wstring testDataDir() { return pathJoin(exeFolder(), L"testdata"); }
+std::wstring testDataDir() {
+    return pathJoin(exeFolder(), L"testdata");
+}
 
-Bytes bytesOf(std::string_view text) { return Bytes(text.begin(), text.end()); }
-std::string textOf(const Bytes& bytes) { return std::string(bytes.begin(), bytes.end()); }
+Bytes bytesOf(std::string_view text) {
+    return Bytes(text.begin(), text.end());
+}
+std::string textOf(const Bytes& bytes) {
+    return std::string(bytes.begin(), bytes.end());
+}
 
 void writeFile(const std::wstring& path, const Bytes& bytes) {
     fs::path p = fsPath(path);
@@ -65,7 +73,9 @@ void writeFile(const std::wstring& path, const Bytes& bytes) {
     ASSERT_TRUE(out.good()) << "cannot write " << p.string();
 }
 
-void writeFile(const std::wstring& path, std::string_view text) { writeFile(path, bytesOf(text)); }
+void writeFile(const std::wstring& path, std::string_view text) {
+    writeFile(path, bytesOf(text));
+}
 
 Bytes readFile(const std::wstring& path) {
     std::ifstream in(fsPath(path), std::ios::binary);

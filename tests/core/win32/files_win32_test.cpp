@@ -32,8 +32,8 @@ TEST(WriteFileAtomicWin32, ATargetHeldOpenWithoutSharingStaysUntouched) {
     const std::wstring path = dir.file(L"busy.bin");
     test::writeFile(path, "previous");
     {
-        win::ScopedHandle holder(
-            CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        win::ScopedHandle holder(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                             FILE_ATTRIBUTE_NORMAL, nullptr));
         ASSERT_TRUE(holder.valid());
         EXPECT_FALSE(writeFileAtomic(path, test::bytesOf("replacement")));
         DWORD error = GetLastError();
@@ -69,7 +69,9 @@ TEST(CodePage437Win32, TheBuiltInTableMatchesThePlatformConverter) {
     }
 }
 
-TEST(LowerWideWin32, FoldsBeyondAscii) { EXPECT_EQ(lowerWide(L"SKIN.ZIP \u00C7"), L"skin.zip \u00E7"); }
+TEST(LowerWideWin32, FoldsBeyondAscii) {
+    EXPECT_EQ(lowerWide(L"SKIN.ZIP \u00C7"), L"skin.zip \u00E7");
+}
 
 } // namespace
 } // namespace nv
