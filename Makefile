@@ -9,7 +9,7 @@
 #   make run ARGS="inspect examples/skins/gece-mavisi"   nvbuild.exe under Wine, as ./nvbuild does
 #   make dist    the Windows programs in dist/
 #   make fuzz    run each fuzz target for FUZZ_SECONDS (default 120)
-#   make bench   run the benchmarks (Release, native)
+#   make bench   run the benchmarks: natively (Release), then the Windows ones under Wine
 #   make sample-skin  redraw the committed sample skin from its generator (installs Pillow and a font if missing)
 
 OUT          ?= out
@@ -91,8 +91,12 @@ run:
 fuzz: fuzz-build
 	@scripts/fuzz.sh $(OUT)/fuzz $(FUZZ_SECONDS)
 
-bench: bench-build
-	@for b in $(OUT)/bench/bench/bench_*; do echo "== $$(basename $$b)"; $$b; done
+# Each program runs alone (the machine is shared and the numbers are wall time); the first failure stops.
+bench: bench-build windows
+	@for b in $(OUT)/bench/bench/bench_*; do [ -x "$$b" ] || continue; \
+	    echo "== native $$(basename $$b)"; $$b || exit 1; done
+	@$(WITH_WINE) sh -c 'for b in $(OUT)/windows/bench/bench_*.exe; do \
+	    echo "== windows $$(basename $$b)"; $(OUT)/windows/wine-run "$$b" || exit 1; done'
 
 # The sample skin is committed, so only a change to its generator needs this (and the packages below, which the
 # builds and CI never need). /usr/bin/python3 is named because Debian's Pillow belongs to Debian's Python.
