@@ -9,7 +9,7 @@ namespace {
 
 constexpr const Command* kCommands[] = {
     &kPackCommand, &kListCommand,    &kUnpackCommand, &kInspectCommand,
-    &kLintCommand, &kComposeCommand, &kBuildCommand,
+    &kLintCommand, &kComposeCommand, &kRenderCommand, &kBuildCommand,
 };
 
 constexpr std::wstring_view kHelpSummary = L"Bir komutun ayrıntılı yardımını gösterir.";
@@ -101,16 +101,18 @@ int parseAndRun(const Command& command, std::span<const std::wstring> args, Cons
             if (!option) return invocation.usageError(console, L"Bilinmeyen seçenek: " + arg);
             if (!option->repeatable && invocation.has(arg))
                 return invocation.usageError(console, L"Seçenek iki kez verildi: " + arg);
-            std::wstring value;
-            if (!option->value.empty()) {
+            GivenOption given{arg, {}, {}};
+            const size_t count = option->value.empty() ? 0 : option->second.empty() ? 1 : 2;
+            for (size_t n = 0; n < count; ++n) {
                 if (i + 1 >= args.size()) return invocation.usageError(console, L"Değer eksik: " + arg);
+                std::wstring& value = n == 0 ? given.value : given.second;
                 value = args[++i];
                 // The values end up as lines of norvane.ini and values in XML files; a line break would let
                 // one value write another setting.
                 if (holdsLineBreak(value))
                     return invocation.usageError(console, L"Satır sonu içeren değer: " + arg);
             }
-            invocation.options.emplace_back(arg, std::move(value));
+            invocation.options.push_back(std::move(given));
         } else if (invocation.arguments.size() < command.arguments.size()) {
             invocation.arguments.push_back(arg);
         } else {
@@ -126,19 +128,27 @@ int parseAndRun(const Command& command, std::span<const std::wstring> args, Cons
 } // namespace
 
 bool Invocation::has(std::wstring_view option) const {
-    return std::any_of(options.begin(), options.end(), [&](const auto& o) { return o.first == option; });
+    return std::any_of(options.begin(), options.end(),
+                       [&](const GivenOption& o) { return o.name == option; });
 }
 
 const std::wstring* Invocation::value(std::wstring_view option) const {
-    for (const auto& [name, value] : options)
-        if (name == option) return &value;
+    for (const GivenOption& o : options)
+        if (o.name == option) return &o.value;
     return nullptr;
 }
 
 std::vector<std::wstring> Invocation::values(std::wstring_view option) const {
     std::vector<std::wstring> out;
-    for (const auto& [name, value] : options)
-        if (name == option) out.push_back(value);
+    for (const GivenOption& o : options)
+        if (o.name == option) out.push_back(o.value);
+    return out;
+}
+
+std::vector<GivenOption> Invocation::uses(std::wstring_view option) const {
+    std::vector<GivenOption> out;
+    for (const GivenOption& o : options)
+        if (o.name == option) out.push_back(o);
     return out;
 }
 

@@ -42,9 +42,15 @@ constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 
 struct OptionSpec {
-    std::wstring_view name;  // "--json"
-    std::wstring_view value; // placeholder of its value ("URL", "0|1"); empty for a switch
-    bool repeatable = false; // else a second use is a usage error
+    std::wstring_view name;   // "--json"
+    std::wstring_view value;  // placeholder of its value ("URL", "0|1"); empty for a switch
+    bool repeatable = false;  // else a second use is a usage error
+    std::wstring_view second; // placeholder of a second value ("--state hover ID"); empty for none
+};
+
+// One option as given: its name, its value and, for an option of two values, the second.
+struct GivenOption {
+    std::wstring name, value, second;
 };
 
 class Invocation;
@@ -67,14 +73,16 @@ public:
     const Command& command() const { return command_; }
 
     std::vector<std::wstring> arguments; // exactly as many as the command declares
-    // Options in the order given: name and value (empty for a switch).
-    std::vector<std::pair<std::wstring, std::wstring>> options;
+    // Options in the order given (values empty for a switch).
+    std::vector<GivenOption> options;
 
     bool has(std::wstring_view option) const;
     // The value of a non-repeatable option, or null when it was not given.
     const std::wstring* value(std::wstring_view option) const;
     // Every value of a repeatable option, in order.
     std::vector<std::wstring> values(std::wstring_view option) const;
+    // Every use of a repeatable option of two values, in order.
+    std::vector<GivenOption> uses(std::wstring_view option) const;
 
     // The message, then the command's short usage, on standard error; returns kExitUsage.
     int usageError(Console& console, std::wstring_view message) const;
@@ -101,6 +109,7 @@ extern const Command kUnpackCommand;
 extern const Command kInspectCommand;
 extern const Command kLintCommand;
 extern const Command kComposeCommand;
+extern const Command kRenderCommand;
 extern const Command kBuildCommand;
 
 } // namespace nv

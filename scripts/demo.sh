@@ -45,6 +45,12 @@ summary() { grep -v '^Kaynak:' "$1" | tr -d '\r'; }
 diff --old-line-format='- %L' --new-line-format='+ %L' --unchanged-line-format='' \
     <(summary "$out/sample.txt") <(summary "$out/composed.txt") || true
 
+step "Patcher penceresi, canlı önizlemenin çizdiği gibi"
+nvbuild render "$(winpath "$sample")" "$(winpath "$out/preview.png")"
+nvbuild render "$(winpath "$sample")" "$(winpath "$out/preview-hover.png")" --state hover BTN_START \
+    --state hover URL_SITE
+echo "$out/preview.png, $out/preview-hover.png (başlat ve web sitesi düğmeleri üzerinde imleçle)"
+
 if [ -f "$dist/NorvaneOlusturucu.exe" ]; then
     step "Oluşturucu penceresi: her bölümün ekran görüntüsü ($out/snap)"
     # A prefix of its own: the fonts the window asks for are mapped to free look-alikes there only.

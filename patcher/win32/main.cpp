@@ -1,0 +1,125 @@
+// Norvane.Template.exe: the patcher. It carries no skin of its own; a build writes one into a copy of it as
+// resource RT_RCDATA 900, and the copy shows that skin.
+
+#include "core/files.h"
+#include "core/text.h"
+#include "core/win32/gdiplus_session.h"
+#include "patcher/patcher_logic.h"
+#include "patcher/win32/patcher_window.h"
+#include "renderer/png_writer.h"
+#include "renderer/scene.h"
+#include "skin/locale.h"
+#include "skin/skin_model.h"
+#include "skin/win32/embedded_skin.h"
+
+#include <windows.h>
+
+#include <shellapi.h>
+
+#include <new>
+#include <string>
+#include <vector>
+
+namespace nv {
+namespace {
+
+constexpr int kExitOk = 0;
+constexpr int kExitFailed = 1;
+
+std::vector<std::wstring> commandLineArgs() {
+    std::vector<std::wstring> args;
+    int count = 0;
+    LPWSTR* argv = CommandLineToArgvW(GetCommandLineW(), &count);
+    if (!argv) return args;
+    for (int i = 1; i < count; ++i)
+        args.emplace_back(argv[i]);
+    LocalFree(argv);
+    return args;
+}
+
+// In snapshot mode nothing is shown: problems go to the standard error stream (when there is one) as UTF-8.
+void writeStderr(const std::wstring& text) {
+    HANDLE err = GetStdHandle(STD_ERROR_HANDLE);
+    if (err == nullptr || err == INVALID_HANDLE_VALUE) return;
+    const std::string bytes = wideToUtf8(text + L"\n");
+    DWORD written = 0;
+    WriteFile(err, bytes.data(), DWORD(bytes.size()), &written, nullptr);
+}
+
+int fail(const PatcherOptions& options, const std::wstring& text) {
+    if (options.snap) {
+        writeStderr(text);
+    } else {
+        LocaleTable defaults;
+        loadLocaleDefaults(defaults);
+        MessageBoxW(nullptr, text.c_str(), localeText(defaults, "NOTICE").c_str(), MB_OK | MB_ICONERROR);
+    }
+    return kExitFailed;
+}
+
+// The skin of this very executable, loaded and ready to draw. A missing or damaged skin is reported with the
+// built-in text of "ERROR_NO_SKIN" and the reader's or loader's reason on a second line.
+bool loadOwnSkin(PatcherScene& scene, std::wstring& message) {
+    LocaleTable defaults;
+    loadLocaleDefaults(defaults);
+    const std::wstring noSkin = localeText(defaults, "ERROR_NO_SKIN");
+    SkinFileSet files;
+    std::wstring reason;
+    if (!readEmbeddedSkin(GetModuleHandleW(nullptr), files, &reason)) {
+        message = noSkin + L"\n" + reason;
+        return false;
+    }
+    SkinModel model;
+    std::vector<std::wstring> warnings;
+    if (!loadSkinModel(files, model, &warnings)) {
+        message = noSkin + L"\n" + (warnings.empty() ? std::wstring() : warnings.front());
+        return false;
+    }
+    scene = buildScene(model, model.settings);
+    if (scene.width < 1 || scene.height < 1) {
+        message = noSkin;
+        return false;
+    }
+    return true;
+}
+
+int snapshot(const PatcherScene& scene, const PatcherOptions& options) {
+    std::vector<uint32_t> pixels(size_t(scene.width) * size_t(scene.height));
+    renderScene(scene, startStates(scene, options.preview), options.preview, pixels.data());
+    const Bytes png = encodePng(pixels.data(), scene.width, scene.height);
+    if (!writeFileAtomic(options.snapPath, png))
+        return fail(options,
+                    L"PNG yazılamadı: " + options.snapPath + L"\n" + systemErrorText(lastSystemError()));
+    return kExitOk;
+}
+
+int run(HINSTANCE instance) {
+    const PatcherOptions options = parsePatcherArgs(commandLineArgs());
+    GdiplusSession gdiplus; // pictures are decoded and text is drawn with GDI+
+    PatcherScene scene;
+    std::wstring message;
+    if (!loadOwnSkin(scene, message)) return fail(options, message);
+    if (options.snap) return snapshot(scene, options);
+
+    PatcherWindow window(std::move(scene), options.preview);
+    if (!window.open(instance, message)) return fail(options, L"Pencere oluşturulamadı.\n" + message);
+    MSG msg;
+    while (GetMessageW(&msg, nullptr, 0, 0) > 0) {
+        TranslateMessage(&msg);
+        DispatchMessageW(&msg);
+    }
+    return int(msg.wParam);
+}
+
+} // namespace
+} // namespace nv
+
+int WINAPI wWinMain(HINSTANCE instance, HINSTANCE, PWSTR, int) {
+    HeapSetInformation(nullptr, HeapEnableTerminationOnCorruption, nullptr, 0);
+    try {
+        return nv::run(instance);
+    } catch (const std::bad_alloc&) {
+        // A skin's pictures are bounded, but the machine may still be short of memory.
+        return nv::kExitFailed;
+    }
+}

@@ -1,0 +1,229 @@
+#include "patcher/win32/patcher_window.h"
+
+#include "core/files.h"
+#include "core/paths.h"
+#include "core/text.h"
+
+#include <shellapi.h>
+#include <windowsx.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace nv {
+namespace {
+
+constexpr const wchar_t* kWindowClass = L"NV_Patcher";
+
+bool registerWindowClass(HINSTANCE instance, WNDPROC proc) {
+    WNDCLASSEXW wc{};
+    wc.cbSize = sizeof wc;
+    wc.lpfnWndProc = proc;
+    wc.hInstance = instance;
+    wc.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+    wc.hIcon =
+        static_cast<HICON>(LoadImageW(instance, MAKEINTRESOURCEW(1), IMAGE_ICON, GetSystemMetrics(SM_CXICON),
+                                      GetSystemMetrics(SM_CYICON), LR_SHARED));
+    wc.hIconSm = static_cast<HICON>(LoadImageW(instance, MAKEINTRESOURCEW(1), IMAGE_ICON,
+                                               GetSystemMetrics(SM_CXSMICON), GetSystemMetrics(SM_CYSMICON),
+                                               LR_SHARED));
+    wc.lpszClassName = kWindowClass;
+    return RegisterClassExW(&wc) != 0 || GetLastError() == ERROR_CLASS_ALREADY_EXISTS;
+}
+
+// Centred on the work area; a window larger than the work area keeps its top-left corner on it.
+POINT centredPosition(int width, int height) {
+    RECT work{0, 0, GetSystemMetrics(SM_CXSCREEN), GetSystemMetrics(SM_CYSCREEN)};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
+    POINT p;
+    p.x = work.left + std::max(0L, (work.right - work.left - width) / 2);
+    p.y = work.top + std::max(0L, (work.bottom - work.top - height) / 2);
+    return p;
+}
+
+} // namespace
+
+PatcherWindow::PatcherWindow(PatcherScene scene, bool preview)
+    : scene_(std::move(scene)), preview_(preview), states_(startStates(scene_, preview)) {}
+
+bool PatcherWindow::open(HINSTANCE instance, std::wstring& error) {
+    if (!frame_.create(scene_.width, scene_.height)) {
+        error = systemErrorText(GetLastError());
+        return false;
+    }
+    if (!registerWindowClass(instance, windowProc)) {
+        error = systemErrorText(GetLastError());
+        return false;
+    }
+    const POINT at = centredPosition(scene_.width, scene_.height);
+    const DWORD exStyle = WS_EX_APPWINDOW | (scene_.transparent ? WS_EX_LAYERED : 0);
+    // A popup without a frame; the system menu and minimise box give it the taskbar's minimise and close.
+    const DWORD style = WS_POPUP | WS_SYSMENU | WS_MINIMIZEBOX;
+    const std::wstring title = patcherTitle(scene_, preview_);
+    if (!CreateWindowExW(exStyle, kWindowClass, title.c_str(), style, at.x, at.y, scene_.width, scene_.height,
+                         nullptr, nullptr, instance, this)) {
+        error = systemErrorText(GetLastError());
+        return false;
+    }
+    redraw();
+    ShowWindow(hwnd_, SW_SHOW);
+    UpdateWindow(hwnd_);
+    return true;
+}
+
+LRESULT CALLBACK PatcherWindow::windowProc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_NCCREATE) {
+        auto* self = static_cast<PatcherWindow*>(reinterpret_cast<CREATESTRUCTW*>(lParam)->lpCreateParams);
+        self->hwnd_ = hwnd;
+        SetWindowLongPtrW(hwnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(self));
+    }
+    auto* self = reinterpret_cast<PatcherWindow*>(GetWindowLongPtrW(hwnd, GWLP_USERDATA));
+    if (!self) return DefWindowProcW(hwnd, message, wParam, lParam);
+    return self->handle(message, wParam, lParam);
+}
+
+LRESULT PatcherWindow::handle(UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_NCHITTEST: {
+        // Whatever is not a button or the news area moves the window: the system drags it as a caption.
+        const LRESULT hit = DefWindowProcW(hwnd_, message, wParam, lParam);
+        if (hit != HTCLIENT) return hit;
+        POINT p{GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)};
+        ScreenToClient(hwnd_, &p);
+        return controlAt(scene_, states_, p.x, p.y) >= 0 || pointer_.pressed() >= 0 ? HTCLIENT : HTCAPTION;
+    }
+    case WM_NCLBUTTONDBLCLK:
+        return 0; // no maximising by a double click on the "caption"
+    case WM_MOUSEMOVE:
+        if (!trackingLeave_) {
+            TRACKMOUSEEVENT track{sizeof track, TME_LEAVE, hwnd_, 0};
+            trackingLeave_ = TrackMouseEvent(&track) != 0;
+        }
+        pointerChanged(pointer_.move(controlAtPoint(lParam)));
+        return 0;
+    case WM_MOUSELEAVE:
+        trackingLeave_ = false;
+        if (pointer_.pressed() < 0) pointerChanged(pointer_.leave());
+        return 0;
+    case WM_LBUTTONDOWN:
+        if (pointer_.down(controlAtPoint(lParam), scene_, states_)) SetCapture(hwnd_);
+        pointerChanged(true);
+        return 0;
+    case WM_LBUTTONUP: {
+        const int clicked = pointer_.up(controlAtPoint(lParam));
+        if (GetCapture() == hwnd_) ReleaseCapture();
+        pointerChanged(true);
+        if (clicked >= 0) act(clicked);
+        return 0;
+    }
+    case WM_CAPTURECHANGED:
+        pointerChanged(pointer_.cancel());
+        return 0;
+    case WM_SETCURSOR:
+        if (LOWORD(lParam) == HTCLIENT && pointer_.hovered() >= 0 &&
+            buttonAction(scene_.controls[size_t(pointer_.hovered())]) != ButtonAction::None &&
+            states_[size_t(pointer_.hovered())].enabled) {
+            SetCursor(LoadCursorW(nullptr, IDC_HAND));
+            return TRUE;
+        }
+        break;
+    case WM_PAINT: {
+        PAINTSTRUCT ps;
+        HDC dc = BeginPaint(hwnd_, &ps);
+        if (!scene_.transparent)
+            BitBlt(dc, 0, 0, frame_.width(), frame_.height(), frame_.dc(), 0, 0, SRCCOPY);
+        EndPaint(hwnd_, &ps);
+        return 0;
+    }
+    case WM_ERASEBKGND:
+        return 1; // the whole window is painted from the off-screen picture
+    case WM_CLOSE:
+        DestroyWindow(hwnd_);
+        return 0;
+    case WM_DESTROY:
+        PostQuitMessage(0);
+        return 0;
+    default:
+        break;
+    }
+    return DefWindowProcW(hwnd_, message, wParam, lParam);
+}
+
+int PatcherWindow::controlAtPoint(LPARAM clientPoint) const {
+    return controlAt(scene_, states_, GET_X_LPARAM(clientPoint), GET_Y_LPARAM(clientPoint));
+}
+
+void PatcherWindow::pointerChanged(bool changed) {
+    if (!changed) return;
+    std::vector<ControlState> before = states_;
+    pointer_.apply(states_);
+    for (size_t i = 0; i < states_.size(); ++i)
+        if (states_[i].hover != before[i].hover || states_[i].pressed != before[i].pressed) {
+            redraw();
+            return;
+        }
+}
+
+void PatcherWindow::redraw() {
+    GdiFlush(); // GDI may still be reading the bits
+    renderScene(scene_, states_, preview_, frame_.bits());
+    present();
+}
+
+void PatcherWindow::present() {
+    if (!hwnd_) return;
+    if (scene_.transparent) {
+        SIZE size{frame_.width(), frame_.height()};
+        POINT origin{0, 0};
+        BLENDFUNCTION blend{AC_SRC_OVER, 0, 255, AC_SRC_ALPHA};
+        UpdateLayeredWindow(hwnd_, nullptr, nullptr, &size, frame_.dc(), &origin, 0, &blend, ULW_ALPHA);
+    } else {
+        InvalidateRect(hwnd_, nullptr, FALSE);
+    }
+}
+
+void PatcherWindow::act(int control) {
+    const SkinControl& c = scene_.controls[size_t(control)];
+    switch (buttonAction(c)) {
+    case ButtonAction::Close:
+        PostMessageW(hwnd_, WM_CLOSE, 0, 0);
+        break;
+    case ButtonAction::Minimize:
+        ShowWindow(hwnd_, SW_MINIMIZE);
+        break;
+    case ButtonAction::StartGame:
+        if (!preview_) startGame(c); // a preview never starts anything
+        break;
+    case ButtonAction::OpenLink:
+        // Links open in preview too: the operator checks them there.
+        ShellExecuteW(hwnd_, L"open", c.link.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+        break;
+    case ButtonAction::None:
+        break;
+    }
+}
+
+void PatcherWindow::startGame(const SkinControl& control) {
+    const std::wstring folder = exeFolder();
+    const std::wstring game = pathJoin(folder, trim(control.execPath));
+    std::wstring commandLine = gameCommandLine(game, scene_.settings.runArgs);
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (!CreateProcessW(game.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, folder.c_str(),
+                        &startup, &process)) {
+        const DWORD code = GetLastError();
+        showError(fillPlaceholder(sceneText(scene_, "ERROR_EXECUTE_PROCESS"), std::to_wstring(code)) +
+                  L"\n\n" + game + L"\n" + systemErrorText(code));
+        return;
+    }
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    if (scene_.settings.closeOnStart) PostMessageW(hwnd_, WM_CLOSE, 0, 0);
+}
+
+void PatcherWindow::showError(const std::wstring& text) const {
+    MessageBoxW(hwnd_, text.c_str(), patcherTitle(scene_, preview_).c_str(), MB_OK | MB_ICONERROR);
+}
+
+} // namespace nv

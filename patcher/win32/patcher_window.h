@@ -1,0 +1,47 @@
+#pragma once
+// The patcher's one window: borderless, the skin's size, drawn entirely by the renderer. A skin whose
+// background has transparent pixels gets a layered window with per-pixel alpha; any other an ordinary window
+// painted from the same off-screen picture.
+
+#include "patcher/patcher_logic.h"
+#include "patcher/win32/frame_buffer.h"
+#include "renderer/scene.h"
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+namespace nv {
+
+class PatcherWindow {
+public:
+    PatcherWindow(PatcherScene scene, bool preview);
+    PatcherWindow(const PatcherWindow&) = delete;
+    PatcherWindow& operator=(const PatcherWindow&) = delete;
+
+    // Creates and shows the window; false (with the reason) when Windows refuses.
+    bool open(HINSTANCE instance, std::wstring& error);
+
+private:
+    static LRESULT CALLBACK windowProc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam);
+    LRESULT handle(UINT message, WPARAM wParam, LPARAM lParam);
+
+    void redraw(); // renders the current states and puts them on the screen
+    void present();
+    int controlAtPoint(LPARAM clientPoint) const;
+    void pointerChanged(bool changed);
+    void act(int control);
+    void startGame(const SkinControl& control);
+    void showError(const std::wstring& text) const;
+
+    PatcherScene scene_;
+    bool preview_;
+    std::vector<ControlState> states_;
+    PointerTracker pointer_;
+    win::FrameBuffer frame_;
+    HWND hwnd_ = nullptr;
+    bool trackingLeave_ = false;
+};
+
+} // namespace nv

@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# End-to-end test of nvbuild render on the sample skin: the picture's size, states that change it, and the ways
+# a call can be wrong.  cli_render_e2e.sh NVBUILD SAMPLE_SKIN [RUNNER]
+set -u
+nvbuild=$1
+sample=$2
+runner=${3:-}
+. "$(dirname "$0")/e2e_common.sh"
+
+# png_size FILE: "WIDTH HEIGHT" from the PNG header.
+png_size() { python3 -c "import struct,sys; d=open(sys.argv[1],'rb').read(24); print(*struct.unpack('>II', d[16:24])) if d[:8]==b'\x89PNG\r\n\x1a\n' else print('not-png')" "$1"; }
+
+nv render "$(winpath "$sample")" "$(winpath "$work/plain.png")" 2>"$work/err"
+check "render of the sample exits 0" [ $? -eq 0 ]
+check "... with a PNG of the window's size" [ "$(png_size "$work/plain.png")" = "920 580" ]
+
+nv render "$(winpath "$sample")" "$(winpath "$work/hover.png")" --state hover BTN_START 2>"$work/err"
+check "--state hover changes the picture" sh -c "[ $? -eq 0 ] && ! cmp -s '$work/plain.png' '$work/hover.png'"
+nv render "$(winpath "$sample")" "$(winpath "$work/pressed.png")" --state pressed btn_start 2>"$work/err"
+check "--state pressed (any case of the id) draws another picture again" \
+    sh -c "[ $? -eq 0 ] && ! cmp -s '$work/hover.png' '$work/pressed.png' && ! cmp -s '$work/plain.png' '$work/pressed.png'"
+nv render "$(winpath "$sample")" "$(winpath "$work/again.png")" 2>"$work/err"
+check "the same call gives the same bytes" cmp -s "$work/plain.png" "$work/again.png"
+
+nv render "$(winpath "$sample")" "$(winpath "$work/x.png")" --state hover NOPE >/dev/null 2>"$work/err"
+check "an unknown id exits 1 and names it" sh -c "[ $? -eq 1 ] && grep -q 'NOPE' '$work/err' && [ ! -e '$work/x.png' ]"
+for wrong in "--state" "--state hover" "--state glow BTN_START" "--bogus" "extra"; do
+    # shellcheck disable=SC2086
+    nv render "$(winpath "$sample")" "$(winpath "$work/x.png")" $wrong >/dev/null 2>"$work/err"
+    check "render ... $wrong is a usage error (exit 2)" sh -c "[ $? -eq 2 ] && [ ! -e '$work/x.png' ]"
+done
+nv render "$(winpath "$sample")" >/dev/null 2>"$work/err"
+check "render without OUT is a usage error" [ $? -eq 2 ]
+nv render "$(winpath "$work/missing")" "$(winpath "$work/x.png")" >/dev/null 2>"$work/err"
+check "a missing source exits 1" sh -c "[ $? -eq 1 ] && [ ! -e '$work/x.png' ]"
+finish

@@ -1,0 +1,150 @@
+// The built patcher template, run as a program under test: a skin written into a copy of it with the plain
+// resource-update calls, then its snapshot compared with nvbuild render of the same skin.
+
+#include "core/files.h"
+#include "core/paths.h"
+#include "core/win32/scoped_win.h"
+#include "readers/image.h"
+#include "readers/skin_files.h"
+#include "skin/package.h"
+#include "tests/support/test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+namespace nv {
+namespace {
+
+// The template and nvbuild are copied beside this test program when it is built.
+std::wstring besideTests(const wchar_t* name) {
+    return pathJoin(exeFolder(), name);
+}
+
+std::wstring sampleSkin() {
+    return pathJoin(test::testDataDir(), L"gece-mavisi");
+}
+
+Bytes samplePackage() {
+    SkinFileSet files;
+    EXPECT_TRUE(addSkinFolder(files, sampleSkin()));
+    return writeSkinPackage(files);
+}
+
+// A copy of the template carrying the package as RT_RCDATA 900, language 0 (as a build stores it).
+std::wstring templateWith(const test::TempDir& dir, const Bytes& package) {
+    const std::wstring copy = dir.file(L"Kaldra.exe");
+    EXPECT_TRUE(CopyFileW(besideTests(L"Norvane.Template.exe").c_str(), copy.c_str(), FALSE));
+    HANDLE update = BeginUpdateResourceW(copy.c_str(), FALSE);
+    EXPECT_NE(update, nullptr);
+    EXPECT_TRUE(UpdateResourceW(update, RT_RCDATA, MAKEINTRESOURCEW(SKIN_RESOURCE_ID), 0,
+                                const_cast<uint8_t*>(package.data()), DWORD(package.size())));
+    EXPECT_TRUE(EndUpdateResourceW(update, FALSE));
+    return copy;
+}
+
+// Runs a program to its end and gives its exit code (-1 when it could not start or did not end in time).
+int run(const std::wstring& program, const std::wstring& arguments) {
+    std::wstring commandLine = L"\"" + program + L"\" " + arguments;
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    PROCESS_INFORMATION process{};
+    if (!CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                        &startup, &process))
+        return -1;
+    win::ScopedHandle thread(process.hThread), handle(process.hProcess);
+    if (WaitForSingleObject(handle.get(), 60000) != WAIT_OBJECT_0) {
+        TerminateProcess(handle.get(), 99);
+        return -1;
+    }
+    DWORD code = 0;
+    GetExitCodeProcess(handle.get(), &code);
+    return int(code);
+}
+
+std::wstring quoted(const std::wstring& s) {
+    return L"\"" + s + L"\"";
+}
+
+DecodedImage decodedFile(const std::wstring& path) {
+    const Bytes bytes = test::readFile(path);
+    DecodedImage image;
+    EXPECT_TRUE(decodeImage(bytes.data(), bytes.size(), image));
+    return image;
+}
+
+// Pixels that differ between two pictures of one size inside [x0, x1) x [y0, y1).
+int differing(const DecodedImage& a, const DecodedImage& b, int x0, int y0, int x1, int y1) {
+    int n = 0;
+    for (int y = y0; y < y1; ++y)
+        for (int x = x0; x < x1; ++x)
+            n += a.at(x, y) != b.at(x, y);
+    return n;
+}
+
+TEST(Template, PreviewSnapshotIsTheSamePictureAsNvbuildRender) {
+    test::TempDir dir;
+    const std::wstring patcher = templateWith(dir, samplePackage());
+    const std::wstring snap = dir.file(L"snap.png"), rendered = dir.file(L"render.png"),
+                       live = dir.file(L"live.png");
+
+    ASSERT_EQ(run(patcher, L"--preview --snap " + quoted(snap)), 0);
+    ASSERT_EQ(run(besideTests(L"nvbuild.exe"), L"render " + quoted(sampleSkin()) + L" " + quoted(rendered)),
+              0);
+    EXPECT_EQ(test::readFile(snap), test::readFile(rendered)); // one renderer, one picture, one encoder
+
+    const DecodedImage preview = decodedFile(snap);
+    ASSERT_EQ(preview.width, 920);
+    ASSERT_EQ(preview.height, 580);
+    EXPECT_EQ(preview.at(0, 0) >> 24, 0u); // the background's transparent margin stays transparent
+
+    // Outside preview nothing pretends to download: the gauges stay empty and the status says why.
+    ASSERT_EQ(run(patcher, L"--snap " + quoted(live)), 0);
+    const DecodedImage plain = decodedFile(live);
+    ASSERT_EQ(plain.width, 920);
+    EXPECT_GT(differing(preview, plain, 34, 496, 646, 510), 1000);  // PROGRESS_MAIN
+    EXPECT_GT(differing(preview, plain, 34, 474, 374, 492), 50);    // TEXT_MAIN
+    EXPECT_GT(differing(preview, plain, 43, 237, 597, 433), 10000); // the news panel only in preview
+    EXPECT_EQ(differing(preview, plain, 0, 0, 920, 200), 0);        // the header is the same
+}
+
+TEST(Template, WithoutAUsableSkinItExitsWithOneAndWritesNothing) {
+    test::TempDir dir;
+    const std::wstring snap = dir.file(L"snap.png");
+    EXPECT_EQ(run(besideTests(L"Norvane.Template.exe"), L"--preview --snap " + quoted(snap)), 1);
+    EXPECT_FALSE(fileExists(snap));
+
+    Bytes damaged = samplePackage();
+    damaged[20] ^= 0x55; // the checksum no longer matches
+    EXPECT_EQ(run(templateWith(dir, damaged), L"--snap " + quoted(snap)), 1);
+    EXPECT_FALSE(fileExists(snap));
+}
+
+TEST(Template, CarriesManifestIconsAndVersionButNoSkin) {
+    win::ScopedModule module(LoadLibraryExW(besideTests(L"Norvane.Template.exe").c_str(), nullptr,
+                                            LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
+    ASSERT_NE(module.get(), nullptr);
+    EXPECT_EQ(FindResourceW(module.get(), MAKEINTRESOURCEW(SKIN_RESOURCE_ID), RT_RCDATA), nullptr);
+    EXPECT_NE(FindResourceW(module.get(), MAKEINTRESOURCEW(1), RT_VERSION), nullptr);
+
+    HRSRC manifest = FindResourceW(module.get(), MAKEINTRESOURCEW(1), RT_MANIFEST);
+    ASSERT_NE(manifest, nullptr);
+    const std::string text(static_cast<const char*>(LockResource(LoadResource(module.get(), manifest))),
+                           SizeofResource(module.get(), manifest));
+    for (const char* needed : {"asInvoker", "PerMonitorV2", "Microsoft.Windows.Common-Controls"})
+        EXPECT_NE(text.find(needed), std::string::npos) << needed;
+
+    // The icon group lists its images as 14-byte entries after a 6-byte header; byte 0 is the width (0 =
+    // 256).
+    HRSRC group = FindResourceW(module.get(), MAKEINTRESOURCEW(1), RT_GROUP_ICON);
+    ASSERT_NE(group, nullptr);
+    const auto* g = static_cast<const uint8_t*>(LockResource(LoadResource(module.get(), group)));
+    const int count = g[4] | g[5] << 8;
+    std::vector<int> sizes;
+    for (int i = 0; i < count; ++i)
+        sizes.push_back(g[6 + 14 * i] == 0 ? 256 : g[6 + 14 * i]);
+    EXPECT_EQ(sizes, (std::vector<int>{256, 64, 48, 32, 24, 16}));
+}
+
+} // namespace
+} // namespace nv

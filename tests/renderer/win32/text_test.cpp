@@ -1,0 +1,109 @@
+// Text through GDI+ (Windows only; the native build draws none).
+
+#include "renderer/scene.h"
+#include "tests/renderer/skin_builder.h"
+
+#include <gtest/gtest.h>
+
+namespace nv {
+namespace {
+
+using test::TestSkin;
+
+constexpr int kW = 120, kH = 40;
+constexpr uint32_t kBackground = 0xFF204060;
+
+PatcherScene textScene(std::string_view attributes) {
+    return TestSkin(kW, kH, kBackground)
+        .controls("<control type=\"text\" id=\"T\" x=\"20\" y=\"10\" size=\"12\" " + std::string(attributes) +
+                  "/>")
+        .scene();
+}
+
+// The changed pixels of a render: how many, and the mean column of those changes.
+struct Ink {
+    int count = 0;
+    double column = 0;
+    int outsideColumns = 0; // changed pixels left of x or right of the box
+    int outsideRows = 0;    // changed pixels far above or below the box
+};
+
+Ink inkOf(const PatcherScene& scene, const std::wstring& text, int boxRight) {
+    std::vector<ControlState> states(1);
+    states[0].text = text;
+    const std::vector<uint32_t> pixels = test::render(scene, states);
+    Ink ink;
+    for (int y = 0; y < kH; ++y)
+        for (int x = 0; x < kW; ++x) {
+            if (pixels[size_t(y) * kW + x] == kBackground) continue;
+            ++ink.count;
+            ink.column += x;
+            if (x < 20 || x >= boxRight + 1) ++ink.outsideColumns; // + 1: the shadow's offset
+            if (y < 10 - 8 || y >= 28 + 8) ++ink.outsideRows;
+        }
+    if (ink.count) ink.column /= ink.count;
+    return ink;
+}
+
+TEST(Text, IsDrawnInsideItsBoxWhereItsAlignmentPutsIt) {
+    ASSERT_TRUE(rendererDrawsText());
+    struct Case {
+        const char* attributes;
+        int boxRight;
+        double minColumn, maxColumn;
+    } cases[] = {
+        {"width=\"80\" align=\"left\"", 100, 20, 45},
+        {"width=\"80\" align=\"center\"", 100, 50, 70},
+        {"width=\"80\" align=\"right\"", 100, 75, 100},
+        {"width=\"0\" align=\"right\"", kW, 20, 45}, // no width: left from x whatever the alignment
+        {"width=\"80\" shadow=\"#FF000000\"", 100, 20, 45},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.attributes);
+        const Ink ink = inkOf(textScene(c.attributes), L"Iğdır", c.boxRight);
+        EXPECT_GT(ink.count, 40);
+        EXPECT_GE(ink.column, c.minColumn);
+        EXPECT_LE(ink.column, c.maxColumn);
+        EXPECT_EQ(ink.outsideColumns, 0);
+        EXPECT_EQ(ink.outsideRows, 0);
+    }
+}
+
+TEST(Text, ALongTextStaysInsideItsWidth) {
+    const Ink ink = inkOf(textScene("width=\"40\""), L"Kaldra Online güncelleniyor, lütfen bekleyin", 60);
+    EXPECT_GT(ink.count, 40);
+    EXPECT_EQ(ink.outsideColumns, 0);
+}
+
+TEST(Text, ColourAlphaAndTurkishLettersAreHonoured) {
+    const PatcherScene scene = textScene("width=\"80\" color=\"#00FFFFFF\"");
+    EXPECT_EQ(inkOf(scene, L"Görünmez", 100).count, 0);
+    // İ and ı differ from I and i only by their dots: the letters arrive as written, not folded or replaced.
+    auto pixels = [](const PatcherScene& s, const wchar_t* text) {
+        std::vector<ControlState> states(1);
+        states[0].text = text;
+        return test::render(s, states);
+    };
+    const PatcherScene white = textScene("width=\"80\"");
+    EXPECT_TRUE(pixels(white, L"İI ıi") != pixels(white, L"II ii"));
+    EXPECT_TRUE(pixels(white, L"ŞĞÜÖÇ") != pixels(white, L"SGUOC"));
+    // A half-transparent colour leaves some of the background in every inked pixel.
+    const std::vector<uint32_t> half = pixels(textScene("width=\"80\" color=\"#80FFFFFF\""), L"Kaldra");
+    for (uint32_t p : half)
+        EXPECT_LT(p & 0xFF, 0xE0u);
+}
+
+TEST(Text, TheNewsPanelIsTitledFromTheLocale) {
+    auto render = [](const char* title) {
+        PatcherScene scene =
+            TestSkin(200, 100, kBackground)
+                .locale(std::string("<string key=\"NV_NEWS\">") + title + "</string>")
+                .controls("<control type=\"iframe\" id=\"NEWS\" x=\"10\" y=\"10\" w=\"180\" h=\"80\"/>")
+                .scene();
+        return test::render(scene, defaultStates(scene), true);
+    };
+    EXPECT_TRUE(render("Haberler") != render("Duyurular"));
+}
+
+} // namespace
+} // namespace nv
