@@ -36,7 +36,7 @@ public:
 
 private:
     struct Impl;
-    Canvas& canvas_;
+    [[maybe_unused]] Canvas& canvas_; // unused where there is no text engine
     std::unique_ptr<Impl> impl_;
 };
 

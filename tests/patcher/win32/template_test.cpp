@@ -25,11 +25,13 @@ std::wstring sampleSkin() {
     return pathJoin(test::testDataDir(), L"gece-mavisi");
 }
 
-Bytes samplePackage() {
+SkinFileSet sampleFiles() {
     SkinFileSet files;
     EXPECT_TRUE(addSkinFolder(files, sampleSkin()));
-    return writeSkinPackage(files);
+    return files;
 }
+
+Bytes samplePackage() { return writeSkinPackage(sampleFiles()); }
 
 // A copy of the template carrying the package as RT_RCDATA 900, language 0 (as a build stores it).
 std::wstring templateWith(const test::TempDir& dir, const Bytes& package) {
@@ -106,6 +108,61 @@ TEST(Template, PreviewSnapshotIsTheSamePictureAsNvbuildRender) {
     EXPECT_GT(differing(preview, plain, 34, 474, 374, 492), 50);    // TEXT_MAIN
     EXPECT_GT(differing(preview, plain, 43, 237, 597, 433), 10000); // the news panel only in preview
     EXPECT_EQ(differing(preview, plain, 0, 0, 920, 200), 0);        // the header is the same
+}
+
+TEST(Template, PreviewOpensABorderlessWindowOfTheSkinsSizeThatItsButtonsClose) {
+    test::TempDir dir;
+    Running patcher(templateWith(dir, samplePackage()), L"--preview");
+    HWND window = patcher.window(L"NV_Patcher");
+    ASSERT_NE(window, nullptr);
+    RECT r;
+    GetWindowRect(window, &r);
+    EXPECT_EQ(r.right - r.left, 920);
+    EXPECT_EQ(r.bottom - r.top, 580);
+    EXPECT_EQ(GetWindowLongW(window, GWL_STYLE) & (WS_CAPTION | WS_THICKFRAME), 0);
+    EXPECT_NE(GetWindowLongW(window, GWL_EXSTYLE) & WS_EX_LAYERED, 0); // the sample's margin is transparent
+    wchar_t title[200] = {};
+    GetWindowTextW(window, title, 200);
+    EXPECT_STREQ(title, L"Kaldra Online — Önizleme");
+
+    click(window, 845, 28); // BTN_MINIMIZE
+    for (int i = 0; i < 100 && !IsIconic(window); ++i) Sleep(20);
+    EXPECT_TRUE(IsIconic(window));
+    ShowWindow(window, SW_RESTORE);
+    click(window, 600, 520); // not a control: nothing happens
+    click(window, 878, 26);  // BTN_CLOSE
+    EXPECT_EQ(patcher.wait(20000), 0);
+}
+
+TEST(Template, TheStartButtonStartsTheGameBesideThePatcherWithItsArguments) {
+    // The "game" is a copy of nvbuild told by the run arguments to render the sample into its working folder.
+    test::TempDir dir;
+    SkinFileSet files = sampleFiles();
+    const std::string args = "render \"" + test::fsPath(sampleSkin()).string() + "\" started.png";
+    files.putFile("norvane.ini", test::bytesOf("[patcher]\r\ntitle=Kaldra\r\nclose_on_start=1\r\nrun_args=" + args));
+    std::string skinXml = test::textOf(*files.findFile("skin.xml"));
+    skinXml.replace(skinXml.find("Kaldra.exe"), 10, "oyun.exe");
+    files.putFile("skin.xml", test::bytesOf(skinXml));
+    ASSERT_TRUE(CopyFileW(besideTests(L"nvbuild.exe").c_str(), dir.file(L"oyun.exe").c_str(), FALSE));
+
+    const std::wstring patcherPath = templateWith(dir, writeSkinPackage(files));
+    {
+        Running preview(patcherPath, L"--preview"); // a preview never starts anything
+        HWND window = preview.window(L"NV_Patcher");
+        ASSERT_NE(window, nullptr);
+        click(window, 700, 500); // BTN_START
+        Sleep(500);
+        EXPECT_FALSE(fileExists(dir.file(L"started.png")));
+        PostMessageW(window, WM_CLOSE, 0, 0);
+        EXPECT_EQ(preview.wait(20000), 0);
+    }
+    Running patcher(patcherPath, L"");
+    HWND window = patcher.window(L"NV_Patcher");
+    ASSERT_NE(window, nullptr);
+    click(window, 700, 500);
+    EXPECT_EQ(patcher.wait(20000), 0); // close_on_start: the patcher goes once the game runs
+    for (int i = 0; i < 200 && !fileExists(dir.file(L"started.png")); ++i) Sleep(50);
+    EXPECT_TRUE(fileExists(dir.file(L"started.png")));
 }
 
 TEST(Template, WithoutAUsableSkinItExitsWithOneAndWritesNothing) {
