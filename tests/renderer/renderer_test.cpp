@@ -164,23 +164,6 @@ TEST(Renderer, ControlsReachingOutOfTheWindowAreClipped) {
     }
 }
 
-TEST(Renderer, TheNewsAreaIsAPanelInPreviewOnly) {
-    PatcherScene scene = TestSkin(40, 30, 0xFF808080)
-                             .controls("<control type=\"iframe\" id=\"NEWS\" x=\"5\" y=\"4\" width=\"30\" "
-                                       "height=\"20\"/>")
-                             .scene();
-    const std::vector<uint32_t> live = test::render(scene, defaultStates(scene), false);
-    const std::vector<uint32_t> preview = test::render(scene, defaultStates(scene), true);
-    EXPECT_EQ(live, test::backgroundOf(scene));
-    const uint32_t fill = at(preview, 40, 20, 20), edge = at(preview, 40, 5, 15);
-    EXPECT_LT(fill & 0xFF, 0x80u); // darker than the background
-    EXPECT_NE(edge, fill);         // a border of its own colour
-    EXPECT_EQ(at(preview, 40, 34, 15), edge);
-    EXPECT_EQ(at(preview, 40, 4, 15), 0xFF808080u); // nothing outside the box
-    EXPECT_EQ(at(preview, 40, 35, 15), 0xFF808080u);
-    EXPECT_EQ(at(preview, 40, 20, 24), 0xFF808080u);
-}
-
 TEST(Renderer, PreviewSamplesStandInForADownload) {
     PatcherScene scene =
         TestSkin(10, 10, 0xFF000000)

@@ -31,7 +31,9 @@ SkinFileSet sampleFiles() {
     return files;
 }
 
-Bytes samplePackage() { return writeSkinPackage(sampleFiles()); }
+Bytes samplePackage() {
+    return writeSkinPackage(sampleFiles());
+}
 
 // A copy of the template carrying the package as RT_RCDATA 900, language 0 (as a build stores it).
 std::wstring templateWith(const test::TempDir& dir, const Bytes& package) {
@@ -45,23 +47,61 @@ std::wstring templateWith(const test::TempDir& dir, const Bytes& package) {
     return copy;
 }
 
-// Runs a program to its end and gives its exit code (-1 when it could not start or did not end in time).
-int run(const std::wstring& program, const std::wstring& arguments) {
-    std::wstring commandLine = L"\"" + program + L"\" " + arguments;
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    PROCESS_INFORMATION process{};
-    if (!CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                        &startup, &process))
-        return -1;
-    win::ScopedHandle thread(process.hThread), handle(process.hProcess);
-    if (WaitForSingleObject(handle.get(), 60000) != WAIT_OBJECT_0) {
-        TerminateProcess(handle.get(), 99);
-        return -1;
+// A started program, ended (if still running) when the scope ends.
+class Running {
+public:
+    Running(const std::wstring& program, const std::wstring& arguments) {
+        std::wstring commandLine = L"\"" + program + L"\" " + arguments;
+        STARTUPINFOW startup{};
+        startup.cb = sizeof startup;
+        PROCESS_INFORMATION process{};
+        if (CreateProcessW(program.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                           &startup, &process)) {
+            CloseHandle(process.hThread);
+            handle_.reset(process.hProcess);
+            id_ = process.dwProcessId;
+        }
     }
-    DWORD code = 0;
-    GetExitCodeProcess(handle.get(), &code);
-    return int(code);
+    ~Running() {
+        if (handle_.valid() && WaitForSingleObject(handle_.get(), 0) == WAIT_TIMEOUT)
+            TerminateProcess(handle_.get(), 99);
+    }
+    // The exit code, or -1 when it did not start or end in time.
+    int wait(DWORD milliseconds = 60000) {
+        if (!handle_.valid() || WaitForSingleObject(handle_.get(), milliseconds) != WAIT_OBJECT_0) return -1;
+        DWORD code = 0;
+        GetExitCodeProcess(handle_.get(), &code);
+        return int(code);
+    }
+    // Its visible top-level window of the given class, once it shows one.
+    HWND window(const wchar_t* windowClass) {
+        for (int i = 0; i < 300; ++i) {
+            for (HWND w = FindWindowExW(nullptr, nullptr, windowClass, nullptr); w;
+                 w = FindWindowExW(nullptr, w, windowClass, nullptr)) {
+                DWORD owner = 0;
+                GetWindowThreadProcessId(w, &owner);
+                if (owner == id_ && IsWindowVisible(w)) return w;
+            }
+            Sleep(50);
+        }
+        return nullptr;
+    }
+
+private:
+    win::ScopedHandle handle_;
+    DWORD id_ = 0;
+};
+
+int run(const std::wstring& program, const std::wstring& arguments) {
+    return Running(program, arguments).wait();
+}
+
+// A left click at a window point, as the mouse would deliver it.
+void click(HWND window, int x, int y) {
+    const LPARAM at = MAKELPARAM(x, y);
+    PostMessageW(window, WM_MOUSEMOVE, 0, at);
+    PostMessageW(window, WM_LBUTTONDOWN, MK_LBUTTON, at);
+    PostMessageW(window, WM_LBUTTONUP, 0, at);
 }
 
 std::wstring quoted(const std::wstring& s) {
@@ -126,7 +166,8 @@ TEST(Template, PreviewOpensABorderlessWindowOfTheSkinsSizeThatItsButtonsClose) {
     EXPECT_STREQ(title, L"Kaldra Online — Önizleme");
 
     click(window, 845, 28); // BTN_MINIMIZE
-    for (int i = 0; i < 100 && !IsIconic(window); ++i) Sleep(20);
+    for (int i = 0; i < 100 && !IsIconic(window); ++i)
+        Sleep(20);
     EXPECT_TRUE(IsIconic(window));
     ShowWindow(window, SW_RESTORE);
     click(window, 600, 520); // not a control: nothing happens
@@ -139,7 +180,8 @@ TEST(Template, TheStartButtonStartsTheGameBesideThePatcherWithItsArguments) {
     test::TempDir dir;
     SkinFileSet files = sampleFiles();
     const std::string args = "render \"" + test::fsPath(sampleSkin()).string() + "\" started.png";
-    files.putFile("norvane.ini", test::bytesOf("[patcher]\r\ntitle=Kaldra\r\nclose_on_start=1\r\nrun_args=" + args));
+    files.putFile("norvane.ini",
+                  test::bytesOf("[patcher]\r\ntitle=Kaldra\r\nclose_on_start=1\r\nrun_args=" + args));
     std::string skinXml = test::textOf(*files.findFile("skin.xml"));
     skinXml.replace(skinXml.find("Kaldra.exe"), 10, "oyun.exe");
     files.putFile("skin.xml", test::bytesOf(skinXml));
@@ -161,7 +203,8 @@ TEST(Template, TheStartButtonStartsTheGameBesideThePatcherWithItsArguments) {
     ASSERT_NE(window, nullptr);
     click(window, 700, 500);
     EXPECT_EQ(patcher.wait(20000), 0); // close_on_start: the patcher goes once the game runs
-    for (int i = 0; i < 200 && !fileExists(dir.file(L"started.png")); ++i) Sleep(50);
+    for (int i = 0; i < 200 && !fileExists(dir.file(L"started.png")); ++i)
+        Sleep(50);
     EXPECT_TRUE(fileExists(dir.file(L"started.png")));
 }
 
