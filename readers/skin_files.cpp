@@ -24,9 +24,9 @@ void SkinFileSet::putFile(std::string_view name, Bytes data) {
 }
 
 const Bytes* SkinFileSet::findFile(std::string_view name) const {
-    std::string key = asciiLower(name);
+    // A package read back keeps its names as stored, so a foreign writer's "Fernwick.url.xml" is found too.
     for (const SkinEntry& entry : entries)
-        if (entry.name == key) return &entry.data;
+        if (equalsIgnoreCase(entry.name, name)) return &entry.data;
     return nullptr;
 }
 

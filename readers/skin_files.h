@@ -25,7 +25,7 @@ struct SkinFileSet {
     // Lower-cases the name's ASCII letters; replaces the data of an entry of the same name in place, or
     // appends.
     void putFile(std::string_view name, Bytes data);
-    // Lower-cases the name's ASCII letters and returns the entry's data, or null.
+    // The data of the entry of that name (compared without regard to ASCII case), or null.
     const Bytes* findFile(std::string_view name) const;
     bool hasFile(std::string_view name) const { return findFile(name) != nullptr; }
     uint64_t totalBytes() const;

@@ -7,7 +7,7 @@ packages=(
     cmake ninja-build make g++      # native build
     g++-mingw-w64-x86-64-posix      # Windows x64 cross compiler (posix threads) with windres
     wine64 xvfb                     # running and testing the Windows programs
-    fonts-wine                      # Wine's Tahoma, for the text the renderer draws under Wine
+    fonts-dejavu-core               # the face that stands in for Tahoma and Segoe UI under Wine
     googletest                      # GoogleTest sources, built for each target
     libbenchmark-dev zlib1g-dev     # benchmarks (zlib is a yardstick there and a reference in tests only)
     clang libclang-rt-14-dev        # libFuzzer with the sanitizers

@@ -36,6 +36,6 @@ trap cleanup EXIT
 "$wineserver" -k >/dev/null 2>&1 # a server left from an earlier run may lack the display
 "$wineserver" -p >/dev/null 2>&1
 "$wine" cmd /c exit </dev/null >/dev/null 2>&1
-"$(dirname "$0")/wine-fonts.sh" "$WINEPREFIX"
+"$(dirname "$0")/wine-fonts.sh" "$wine"
 
 "$@"
