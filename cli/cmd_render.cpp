@@ -58,7 +58,7 @@ int commandRender(const Invocation& invocation, Console& console) {
 
 constexpr std::wstring_view kRenderArguments[] = {L"SOURCE", L"OUT"};
 constexpr OptionSpec kRenderOptions[] = {
-    {L"--state", L"hover|pressed", true, L"ID"},
+    {L"--state", L"hover|pressed ID", true},
 };
 
 } // namespace

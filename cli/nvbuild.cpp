@@ -102,7 +102,9 @@ int parseAndRun(const Command& command, std::span<const std::wstring> args, Cons
             if (!option->repeatable && invocation.has(arg))
                 return invocation.usageError(console, L"Seçenek iki kez verildi: " + arg);
             GivenOption given{arg, {}, {}};
-            const size_t count = option->value.empty() ? 0 : option->second.empty() ? 1 : 2;
+            const size_t count = option->value.empty()                                 ? 0
+                                 : option->value.find(L' ') == std::wstring_view::npos ? 1
+                                                                                       : 2;
             for (size_t n = 0; n < count; ++n) {
                 if (i + 1 >= args.size()) return invocation.usageError(console, L"Değer eksik: " + arg);
                 std::wstring& value = n == 0 ? given.value : given.second;

@@ -42,10 +42,10 @@ constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 
 struct OptionSpec {
-    std::wstring_view name;   // "--json"
-    std::wstring_view value;  // placeholder of its value ("URL", "0|1"); empty for a switch
-    bool repeatable = false;  // else a second use is a usage error
-    std::wstring_view second; // placeholder of a second value ("--state hover ID"); empty for none
+    std::wstring_view name;  // "--json"
+    std::wstring_view value; // placeholder of its value ("URL", "0|1"); empty for a switch. An option of two
+                             // values names both, apart by a space ("hover|pressed ID").
+    bool repeatable = false; // else a second use is a usage error
 };
 
 // One option as given: its name, its value and, for an option of two values, the second.
