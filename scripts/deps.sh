@@ -7,14 +7,13 @@ packages=(
     cmake ninja-build make g++      # native build
     g++-mingw-w64-x86-64-posix      # Windows x64 cross compiler (posix threads) with windres
     wine64 xvfb                     # running and testing the Windows programs
-    fonts-dejavu-core               # the face that stands in for Tahoma and Segoe UI under Wine
     googletest                      # GoogleTest sources, built for each target
     libbenchmark-dev zlib1g-dev     # benchmarks (zlib is a yardstick there and a reference in tests only)
     clang libclang-rt-14-dev        # libFuzzer with the sanitizers
     clang-format                    # the formatting that `make test` checks
     python3 zip p7zip-full libarchive-tools   # test fixtures: archives from several real archivers
     libjpeg-turbo-progs             # cjpeg, for the JPEG fixtures of scripts/make-image-fixtures.py
-    fonts-inter fonts-dejavu-core   # free look-alikes of Segoe UI and Consolas for the builder's snapshots
+    fonts-inter fonts-dejavu-core   # free look-alikes of Segoe UI, Tahoma and Consolas (snapshots, text under Wine)
 )
 
 missing=()
