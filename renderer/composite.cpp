@@ -30,6 +30,17 @@ void fillBox(Canvas& canvas, const Box& box, uint32_t premultiplied) {
     }
 }
 
+void drawLayer(Canvas& canvas, const uint32_t* pixels, const Box& area) {
+    const Box clipped = area.intersect(canvas.bounds());
+    const size_t width = size_t(area.x1 - area.x0);
+    for (int64_t row = clipped.y0; row < clipped.y1; ++row) {
+        const uint32_t* from = pixels + size_t(row - area.y0) * width + size_t(clipped.x0 - area.x0);
+        uint32_t* to = canvas.pixels + size_t(row) * size_t(canvas.width);
+        for (int64_t col = clipped.x0; col < clipped.x1; ++col, ++from)
+            to[col] = sourceOver(*from, to[col]);
+    }
+}
+
 uint32_t premultiply(uint32_t argb) {
     const uint32_t alpha = argb >> 24;
     uint32_t out = alpha << 24;

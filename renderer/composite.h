@@ -54,6 +54,9 @@ inline uint32_t sourceOver(uint32_t src, uint32_t dst) {
 // Composites the picture with its top-left corner at (x, y), only where it falls inside clip and the canvas.
 void drawImage(Canvas& canvas, const DecodedImage& image, int64_t x, int64_t y, const Box& clip);
 
+// Composites area.width x area.height premultiplied pixels (rows from the top) at the area's place.
+void drawLayer(Canvas& canvas, const uint32_t* pixels, const Box& area);
+
 // Composites one premultiplied colour over the box (clipped to the canvas).
 void fillBox(Canvas& canvas, const Box& box, uint32_t premultiplied);
 

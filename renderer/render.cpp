@@ -37,7 +37,8 @@ int64_t gaugeColumns(float progress, int width) {
 class Renderer {
 public:
     Renderer(const PatcherScene& scene, bool preview, uint32_t* pixels)
-        : scene_(scene), preview_(preview), canvas_{pixels, scene.width, scene.height}, text_(canvas_) {}
+        : scene_(scene), preview_(preview), canvas_{pixels, scene.width, scene.height},
+          text_(canvas_, scene.textCache.get()) {}
 
     void background() {
         const size_t count = size_t(canvas_.width) * size_t(canvas_.height);

@@ -2,6 +2,7 @@
 
 #include "core/text.h"
 #include "renderer/composite.h"
+#include "renderer/text_painter.h"
 
 namespace nv {
 
@@ -19,6 +20,7 @@ PatcherScene buildScene(const SkinModel& model, const PatcherSettings& settings)
     scene.controls = model.controls;
     scene.strings = model.strings;
     scene.settings = settings;
+    scene.textCache = std::make_shared<TextCache>();
     return scene;
 }
 

@@ -20,11 +20,14 @@
 #include "skin/skin_model.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace nv {
+
+class TextCache;
 
 // What one control shows at one moment. A scene's state list holds one per control, in the scene's order.
 struct ControlState {
@@ -45,6 +48,9 @@ struct PatcherScene {
     std::vector<SkinControl> controls; // document order; a control's name is its `id` (upper-cased)
     LocaleTable strings;               // the skin's locale table over the built-in defaults
     PatcherSettings settings;          // the settings the patcher runs with (its title is the window's)
+    // Text already drawn for this scene, shared by its copies: redrawing a hover or a press draws no text
+    // anew.
+    std::shared_ptr<TextCache> textCache;
 };
 
 PatcherScene buildScene(const SkinModel& model, const PatcherSettings& settings);

@@ -4,8 +4,12 @@
 #include "renderer/composite.h"
 
 #include <cstdint>
+#include <map>
 #include <memory>
+#include <mutex>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace nv {
 
@@ -21,11 +25,33 @@ struct TextRun {
     Box box;       // the text is centred vertically in it and clipped to its horizontal extent
 };
 
-// One painter serves one render: it holds what the platform needs to draw into the canvas (and the fonts it
-// made) until the render ends.
+// Text runs already drawn for a scene, each as a premultiplied layer of the window's pixels under it: a
+// refresh that shows the same text in the same place (a hover, a press) only composites the layer again.
+// Shared by the copies of one scene; bounded, so that a text that keeps changing cannot make it grow without
+// end.
+class TextCache {
+public:
+    struct Layer {
+        Box area; // in window pixels, inside the window
+        std::vector<uint32_t> pixels;
+    };
+
+    // A copy of the layer drawn for this key, or false.
+    bool find(const std::wstring& key, std::shared_ptr<const Layer>& layer) const;
+    void put(const std::wstring& key, std::shared_ptr<const Layer> layer);
+
+private:
+    static constexpr size_t kMaxBytes = 16u << 20;
+    mutable std::mutex mutex_;
+    std::map<std::wstring, std::shared_ptr<const Layer>> layers_;
+    size_t bytes_ = 0;
+};
+
+// One painter serves one render: it holds what the platform needs to draw (and the fonts it made) until the
+// render ends.
 class TextPainter {
 public:
-    explicit TextPainter(Canvas& canvas);
+    TextPainter(Canvas& canvas, TextCache* cache);
     ~TextPainter();
     TextPainter(const TextPainter&) = delete;
     TextPainter& operator=(const TextPainter&) = delete;
@@ -36,7 +62,8 @@ public:
 
 private:
     struct Impl;
-    [[maybe_unused]] Canvas& canvas_; // unused where there is no text engine
+    [[maybe_unused]] Canvas& canvas_;   // unused where there is no text engine
+    [[maybe_unused]] TextCache* cache_; // likewise
     std::unique_ptr<Impl> impl_;
 };
 

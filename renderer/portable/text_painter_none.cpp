@@ -7,7 +7,7 @@ namespace nv {
 
 struct TextPainter::Impl {};
 
-TextPainter::TextPainter(Canvas& canvas) : canvas_(canvas) {}
+TextPainter::TextPainter(Canvas& canvas, TextCache* cache) : canvas_(canvas), cache_(cache) {}
 TextPainter::~TextPainter() = default;
 
 void TextPainter::draw(const TextRun&) {}

@@ -1,6 +1,7 @@
-// Text through GDI+, drawn straight into the renderer's premultiplied pixels: GDI+ wraps the canvas as a
-// 32bppPARGB bitmap without copying it, so text composites source-over exactly like the pictures around it.
-// Anti-aliased greyscale, not ClearType: the pixels may end up in a layered window over anything.
+// Text through GDI+. Each run is drawn once into a transparent 32bppPARGB layer of its own (GDI+ wraps the
+// layer's pixels without copying them) and the layer is composited source-over like the pictures around it;
+// the scene's text cache keeps the layer for the next render. Anti-aliased greyscale, not ClearType: the
+// pixels may end up in a layered window over anything.
 
 #include "renderer/text_painter.h"
 
@@ -8,6 +9,8 @@
 #include "core/win32/gdiplus_session.h"
 
 #include <algorithm>
+#include <cmath>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,35 +31,44 @@ struct BrushDelete {
 struct FontDelete {
     void operator()(Gdiplus::GpFont* font) const { gp::GdipDeleteFont(font); }
 };
+struct GraphicsDelete {
+    void operator()(Gdiplus::GpGraphics* graphics) const { gp::GdipDeleteGraphics(graphics); }
+};
+struct BitmapDispose {
+    void operator()(Gdiplus::GpBitmap* bitmap) const { gp::GdipDisposeImage(bitmap); }
+};
+
+// Everything that decides a run's pixels, so that equal keys mean equal layers.
+std::wstring cacheKey(const TextRun& run, const Box& area, const Gdiplus::RectF& layout) {
+    std::wstring key(run.text);
+    key += L'\x1F';
+    key += run.font;
+    for (int64_t v : {int64_t(run.sizePoints), int64_t(run.bold), int64_t(run.color), int64_t(run.shadow),
+                      int64_t(run.shadowColor), int64_t(run.align), area.x0, area.y0, area.x1, area.y1,
+                      int64_t(std::lround(layout.X * 16)), int64_t(std::lround(layout.Y * 16)),
+                      int64_t(std::lround(layout.Width * 16)), int64_t(std::lround(layout.Height * 16))})
+        key += L'\x1F' + std::to_wstring(v);
+    return key;
+}
 
 } // namespace
 
+// What one render needs to draw text: the string formats and the font families it looked up.
 struct TextPainter::Impl {
-    Gdiplus::GpBitmap* bitmap = nullptr;
-    Gdiplus::GpGraphics* graphics = nullptr;
     Gdiplus::GpStringFormat* formats[3] = {}; // by alignment
     std::vector<std::pair<std::wstring, Gdiplus::GpFontFamily*>> families;
+    bool ready = false;
 
     ~Impl() {
         for (auto& entry : families)
             if (entry.second) gp::GdipDeleteFontFamily(entry.second);
         for (Gdiplus::GpStringFormat* format : formats)
             if (format) gp::GdipDeleteStringFormat(format);
-        if (graphics) gp::GdipDeleteGraphics(graphics);
-        if (bitmap) gp::GdipDisposeImage(bitmap);
     }
 
-    bool open(Canvas& canvas) {
-        if (graphics) return true;
-        if (!GdiplusSession::active() || canvas.width <= 0 || canvas.height <= 0) return false;
-        if (gp::GdipCreateBitmapFromScan0(canvas.width, canvas.height, canvas.width * 4,
-                                          PixelFormat32bppPARGB, reinterpret_cast<BYTE*>(canvas.pixels),
-                                          &bitmap) != Gdiplus::Ok)
-            return false;
-        if (gp::GdipGetImageGraphicsContext(bitmap, &graphics) != Gdiplus::Ok) return false;
-        gp::GdipSetPageUnit(graphics, Gdiplus::UnitPixel);
-        gp::GdipSetCompositingMode(graphics, Gdiplus::CompositingModeSourceOver);
-        gp::GdipSetTextRenderingHint(graphics, Gdiplus::TextRenderingHintAntiAliasGridFit);
+    bool open() {
+        if (ready) return true;
+        if (!GdiplusSession::active()) return false;
         const Gdiplus::StringAlignment alignments[3] = {
             Gdiplus::StringAlignmentNear, Gdiplus::StringAlignmentCenter, Gdiplus::StringAlignmentFar};
         for (int i = 0; i < 3; ++i) {
@@ -67,6 +79,7 @@ struct TextPainter::Impl {
             gp::GdipSetStringFormatLineAlign(formats[i], Gdiplus::StringAlignmentCenter);
             gp::GdipSetStringFormatTrimming(formats[i], Gdiplus::StringTrimmingEllipsisCharacter);
         }
+        ready = true;
         return true;
     }
 
@@ -105,41 +118,69 @@ struct TextPainter::Impl {
         return std::unique_ptr<Gdiplus::GpFont, FontDelete>(made);
     }
 
-    void drawString(const TextRun& run, Gdiplus::GpFont* gpFont, Gdiplus::GpStringFormat* format,
-                    uint32_t color, float dx, float dy, const Gdiplus::RectF& layout) {
-        Gdiplus::GpSolidFill* made = nullptr;
-        if (gp::GdipCreateSolidFill(Gdiplus::ARGB(color), &made) != Gdiplus::Ok) return;
-        std::unique_ptr<Gdiplus::GpSolidFill, BrushDelete> brush(made);
-        Gdiplus::RectF rect(layout.X + dx, layout.Y + dy, layout.Width, layout.Height);
-        gp::GdipDrawString(graphics, run.text.data(), INT(run.text.size()), gpFont, &rect, format,
-                           reinterpret_cast<Gdiplus::GpBrush*>(brush.get()));
+    // Draws the run (its shadow first) into the layer; layout is in the layer's own pixels.
+    bool drawInto(const TextRun& run, TextCache::Layer& layer, const Gdiplus::RectF& layout) {
+        if (!open()) return false;
+        auto gpFont = font(run);
+        if (!gpFont) return false;
+        const int width = int(layer.area.x1 - layer.area.x0), height = int(layer.area.y1 - layer.area.y0);
+        Gdiplus::GpBitmap* bitmap = nullptr;
+        if (gp::GdipCreateBitmapFromScan0(width, height, width * 4, PixelFormat32bppPARGB,
+                                          reinterpret_cast<BYTE*>(layer.pixels.data()),
+                                          &bitmap) != Gdiplus::Ok)
+            return false;
+        std::unique_ptr<Gdiplus::GpBitmap, BitmapDispose> ownedBitmap(bitmap);
+        Gdiplus::GpGraphics* graphics = nullptr;
+        if (gp::GdipGetImageGraphicsContext(bitmap, &graphics) != Gdiplus::Ok) return false;
+        std::unique_ptr<Gdiplus::GpGraphics, GraphicsDelete> ownedGraphics(graphics);
+        gp::GdipSetPageUnit(graphics, Gdiplus::UnitPixel);
+        gp::GdipSetCompositingMode(graphics, Gdiplus::CompositingModeSourceOver);
+        gp::GdipSetTextRenderingHint(graphics, Gdiplus::TextRenderingHintAntiAliasGridFit);
+        Gdiplus::GpStringFormat* format = formats[std::clamp(run.align, 0, 2)];
+        auto draw = [&](uint32_t color, float offset) {
+            Gdiplus::GpSolidFill* made = nullptr;
+            if (gp::GdipCreateSolidFill(Gdiplus::ARGB(color), &made) != Gdiplus::Ok) return;
+            std::unique_ptr<Gdiplus::GpSolidFill, BrushDelete> brush(made);
+            Gdiplus::RectF rect(layout.X + offset, layout.Y + offset, layout.Width, layout.Height);
+            gp::GdipDrawString(graphics, run.text.data(), INT(run.text.size()), gpFont.get(), &rect, format,
+                               reinterpret_cast<Gdiplus::GpBrush*>(brush.get()));
+        };
+        if (run.shadow) draw(run.shadowColor, 1.f);
+        draw(run.color, 0.f);
+        gp::GdipFlush(graphics, Gdiplus::FlushIntentionSync);
+        return true;
     }
 };
 
-TextPainter::TextPainter(Canvas& canvas) : canvas_(canvas) {}
+TextPainter::TextPainter(Canvas& canvas, TextCache* cache) : canvas_(canvas), cache_(cache) {}
 TextPainter::~TextPainter() = default;
 
 void TextPainter::draw(const TextRun& run) {
-    if (run.text.empty() || run.box.x1 <= run.box.x0 || run.box.x1 <= 0 || run.box.x0 >= canvas_.width)
-        return;
+    if (run.text.empty() || run.box.x1 <= run.box.x0) return;
     const float em = emPixels(run.sizePoints);
     // Vertically the layout box is stretched around the control's centre line: the line stays centred, and
     // descenders or accents that reach past a tight control are not cut off.
     const double centre = (double(run.box.y0) + double(run.box.y1)) / 2.0;
     const double half = std::max((double(run.box.y1) - double(run.box.y0)) / 2.0, double(em) * 1.5);
-    if (centre + half <= 0 || centre - half >= canvas_.height) return;
+    const int64_t top = int64_t(std::floor(centre - half)), bottom = int64_t(std::ceil(centre + half));
+    // The layer: the layout box and the shadow's extra pixel, inside the window.
+    const Box area = Box{run.box.x0, top, run.box.x1 + 1, bottom + 1}.intersect(canvas_.bounds());
+    if (area.empty()) return;
+    const Gdiplus::RectF layout(float(run.box.x0 - area.x0), float(centre - half - double(area.y0)),
+                                float(run.box.x1 - run.box.x0), float(2 * half));
+    const std::wstring key = cacheKey(run, area, layout);
 
-    if (!impl_) impl_ = std::make_unique<Impl>();
-    if (!impl_->open(canvas_)) return;
-    auto gpFont = impl_->font(run);
-    if (!gpFont) return;
-    const Gdiplus::RectF layout(float(run.box.x0), float(centre - half), float(run.box.x1 - run.box.x0),
-                                float(2 * half));
-    Gdiplus::GpStringFormat* format = impl_->formats[std::clamp(run.align, 0, 2)];
-    if (run.shadow) impl_->drawString(run, gpFont.get(), format, run.shadowColor, 1.f, 1.f, layout);
-    impl_->drawString(run, gpFont.get(), format, run.color, 0.f, 0.f, layout);
-    // The canvas is written directly between text runs too: nothing may stay pending inside GDI+.
-    gp::GdipFlush(impl_->graphics, Gdiplus::FlushIntentionSync);
+    std::shared_ptr<const TextCache::Layer> layer;
+    if (!cache_ || !cache_->find(key, layer)) {
+        auto drawn = std::make_shared<TextCache::Layer>();
+        drawn->area = area;
+        drawn->pixels.assign(size_t(area.x1 - area.x0) * size_t(area.y1 - area.y0), 0);
+        if (!impl_) impl_ = std::make_unique<Impl>();
+        if (!impl_->drawInto(run, *drawn, layout)) return;
+        layer = drawn;
+        if (cache_) cache_->put(key, layer);
+    }
+    drawLayer(canvas_, layer->pixels.data(), layer->area);
 }
 
 bool TextPainter::available() {

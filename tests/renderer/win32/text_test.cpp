@@ -102,5 +102,20 @@ TEST(Text, TheNewsPanelIsTitledFromTheLocale) {
     EXPECT_TRUE(render("Haberler") != render("Duyurular"));
 }
 
+TEST(Text, ARunKeptFromAnEarlierRenderGivesTheSamePixels) {
+    const PatcherScene scene = textScene("width=\"80\" shadow=\"#80000000\" color=\"#C0FFE0A0\"");
+    PatcherScene uncached = scene;
+    uncached.textCache = nullptr;
+    auto pixels = [](const PatcherScene& s, const wchar_t* text) {
+        std::vector<ControlState> states(1);
+        states[0].text = text;
+        return test::render(s, states);
+    };
+    const std::vector<uint32_t> first = pixels(scene, L"Kaldra");
+    EXPECT_TRUE(first == pixels(scene, L"Kaldra"));
+    EXPECT_TRUE(first == pixels(uncached, L"Kaldra"));
+    EXPECT_TRUE(first != pixels(scene, L"Kaldrb")); // a new text is drawn anew, not taken from the cache
+}
+
 } // namespace
 } // namespace nv
