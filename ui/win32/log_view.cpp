@@ -98,8 +98,7 @@ bool LogView::overScrollBar(int x) const {
 }
 
 void LogView::scrollTo(int offset) {
-    BuildLog& log = log_;
-    if (log.scrollTo(offset)) InvalidateRect(hwnd_, nullptr, FALSE);
+    if (log_.scrollTo(offset)) InvalidateRect(hwnd_, nullptr, FALSE);
 }
 
 void LogView::onButtonDown(int x, int y) {
