@@ -106,6 +106,13 @@ std::string utf16BytesToUtf8(const uint8_t* data, size_t size, bool bigEndian) {
     return out;
 }
 
+int hexDigitValue(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return -1;
+}
+
 std::wstring widenAscii(std::string_view ascii) {
     std::wstring out;
     out.reserve(ascii.size());

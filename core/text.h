@@ -41,6 +41,9 @@ void appendUtf8(std::string& out, char32_t codePoint);
 // is dropped.
 std::string utf16BytesToUtf8(const uint8_t* data, size_t size, bool bigEndian);
 
+// The value of a hexadecimal digit of either case, or -1 for any other character.
+int hexDigitValue(char c);
+
 // Narrow ASCII text widened byte by byte (for fixed ASCII keys and names).
 std::wstring widenAscii(std::string_view ascii);
 

@@ -4,6 +4,8 @@
 
 #include "readers/inflate.h"
 
+#include "core/memory_guard.h"
+
 #include <cstring>
 
 namespace nv {
@@ -247,9 +249,9 @@ void dynamic(State& s) {
 
 bool inflateRaw(const uint8_t* data, size_t size, size_t expectedSize, Bytes& out, std::wstring* error) {
     out.clear();
-    out.reserve(expectedSize);
     State s{data, size, 0, 0, 0, out, expectedSize};
     try {
+        out.reserve(expectedSize);
         bool last;
         do {
             last = bits(s, 1) != 0;
@@ -272,6 +274,10 @@ bool inflateRaw(const uint8_t* data, size_t size, size_t expectedSize, Bytes& ou
     } catch (const InflateError& e) {
         out.clear();
         if (error) *error = e.message;
+        return false;
+    } catch (const std::bad_alloc&) {
+        out.clear();
+        if (error) *error = kOutOfMemory;
         return false;
     }
     return true;

@@ -1,5 +1,6 @@
 #include "readers/xml.h"
 
+#include "core/memory_guard.h"
 #include "core/text.h"
 #include "core/values.h"
 
@@ -72,13 +73,6 @@ private:
     size_t pos_ = 0;
 };
 
-int hexValue(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
 // "#65" or "#x41" (at least one digit, nothing else) within 0..0x10FFFF.
 bool appendCharacterReference(std::string& out, std::string_view name) {
     if (name.size() < 2 || name[0] != '#') return false;
@@ -87,7 +81,7 @@ bool appendCharacterReference(std::string& out, std::string_view name) {
     if (digits.empty()) return false;
     uint64_t value = 0;
     for (char c : digits) {
-        const int digit = hex ? hexValue(c) : (c >= '0' && c <= '9' ? c - '0' : -1);
+        const int digit = hex ? hexDigitValue(c) : (c >= '0' && c <= '9' ? c - '0' : -1);
         if (digit < 0) return false;
         value = value * (hex ? 16 : 10) + uint64_t(digit);
         if (value > 0x10FFFF) return false; // also keeps the accumulator from ever overflowing
@@ -334,6 +328,10 @@ bool parseXml(const char* data, size_t size, XmlDocument& document, std::wstring
             const size_t line = 1 + size_t(std::count(data, data + offset, '\n'));
             *error = widenAscii(failure.message) + L" (satir " + std::to_wstring(line) + L")";
         }
+        return false;
+    } catch (const std::bad_alloc&) { // a tree as large as a 32 MiB file allows
+        document = XmlDocument{};
+        if (error) *error = kOutOfMemory;
         return false;
     }
 }

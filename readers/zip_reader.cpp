@@ -7,6 +7,7 @@
 #include "readers/zip_reader.h"
 
 #include "core/crc32.h"
+#include "core/memory_guard.h"
 #include "core/text.h"
 #include "readers/inflate.h"
 
@@ -121,10 +122,8 @@ bool extractEntry(Window archive, const CentralEntry& entry, const std::wstring&
     return true;
 }
 
-} // namespace
-
-bool readZipSkinBytes(SkinFileSet& set, const uint8_t* data, size_t size, int* added, std::wstring* error) {
-    if (added) *added = 0;
+// The walk over the central directory, for readZipSkinBytes.
+bool readEntries(SkinFileSet& set, const uint8_t* data, size_t size, int* added, std::wstring* error) {
     const Window archive{data, size};
     if (size < kEndSize) return fail(error, L"Gecersiz zip dosyasi.");
 
@@ -175,6 +174,13 @@ bool readZipSkinBytes(SkinFileSet& set, const uint8_t* data, size_t size, int* a
         if (added) ++*added;
     }
     return true;
+}
+
+} // namespace
+
+bool readZipSkinBytes(SkinFileSet& set, const uint8_t* data, size_t size, int* added, std::wstring* error) {
+    if (added) *added = 0;
+    return failOnBadAlloc(error, [&] { return readEntries(set, data, size, added, error); });
 }
 
 bool readZipSkin(SkinFileSet& set, const std::wstring& path, std::wstring* error, int* added) {

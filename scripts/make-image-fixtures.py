@@ -5,8 +5,8 @@ Run from anywhere:  python3 scripts/make-image-fixtures.py
 Needs: Python 3 (zlib and struct only) and `cjpeg` from Debian's libjpeg-turbo-progs for the two JPEG files.
 The output is deterministic; the generated files are committed, so the build never runs this script.
 
-The pixel formulas and the pixels of the small files are repeated in tests/build/image_test.cpp and
-tests/build/win32/image_gdiplus_test.cpp, which compare every decoded pixel against them: change both together.
+The pixel formulas and the pixels of the small files are repeated in tests/readers/image_test.cpp and
+tests/readers/win32/image_gdiplus_test.cpp, which compare every decoded pixel against them: change both together.
 """
 
 import os
@@ -183,6 +183,38 @@ def gif_index(x, y):
     return (x + 2 * y) % 4
 
 
+# ---- Formats that GDI+ would read but the decoders must refuse ------------------------------------------------
+
+def tiff_grey(width, height):
+    """An uncompressed 8-bit grey TIFF, one strip, little-endian."""
+    tags = [(256, 3, width), (257, 3, height), (258, 3, 8), (259, 3, 1), (262, 3, 1), (273, 4, 0),
+            (277, 3, 1), (278, 3, height), (279, 4, width * height)]
+    data_offset = 8 + 2 + 12 * len(tags) + 4
+    ifd = struct.pack('<H', len(tags))
+    for tag, kind, value in tags:
+        value = data_offset if tag == 273 else value
+        ifd += struct.pack('<HHI', tag, kind, 1) + (struct.pack('<HH', value, 0) if kind == 3 else
+                                                   struct.pack('<I', value))
+    return b'II*\0' + struct.pack('<I', 8) + ifd + struct.pack('<I', 0) + bytes(range(width * height))
+
+
+def emf():
+    """An enhanced metafile with its header and end record only."""
+    header = struct.pack('<II4i4iIIIIHHIIIiiii', 1, 88, 0, 0, 15, 15, 0, 0, 400, 400, 0x464D4520, 0x10000,
+                         88 + 20, 2, 1, 0, 0, 0, 0, 1024, 768, 320, 240)
+    return header + struct.pack('<IIIII', 14, 20, 0, 16, 20)
+
+
+def wmf():
+    """A placeable Windows metafile: the placeable header, the metafile header, the end record."""
+    words = struct.unpack('<10H', struct.pack('<IHhhhhHI', 0x9AC6CDD7, 0, 0, 0, 100, 100, 1440, 0))
+    checksum = 0
+    for word in words:
+        checksum ^= word
+    placeable = struct.pack('<IHhhhhHIH', 0x9AC6CDD7, 0, 0, 0, 100, 100, 1440, 0, checksum)
+    return placeable + struct.pack('<HHHIHIH', 1, 9, 0x300, 12, 0, 3, 0) + struct.pack('<IH', 3, 0)
+
+
 # ---- JPEG -------------------------------------------------------------------------------------------------------
 
 def jpeg(width, height, pixel):
@@ -221,7 +253,7 @@ def main():
         'gradient_rgba.png': png(16, 12, 8, 6, gradient_rgba, 4),
         'adam7_rgb.png': png(13, 11, 8, 2, adam7_rgb, 3, interlaced=True),
         'paeth_rgb.png': png(20, 10, 8, 2, paeth_rgb, 3, filters=(4,)),
-        # One small picture of each pixel kind and layout; the expected pixels are in tests/build/image_test.cpp.
+        # One small picture of each pixel kind and layout; the expected pixels are in tests/readers/image_test.cpp.
         'grey4_key.png': raw_png(3, 1, 4, 0, [0, 0x7F, 0x30], chunk(b'tRNS', bytes([0, 3]))),
         'grey16_key.png': raw_png(2, 1, 16, 0, [0, 0x12, 0x34, 0x12, 0x35], chunk(b'tRNS', bytes([0x12, 0x34]))),
         'rgb8_key.png': raw_png(2, 1, 8, 2, [0, 10, 20, 30, 10, 20, 31],
@@ -261,6 +293,11 @@ def main():
         'offset_past_end.bmp': with_byte(bmp(1, 1, 24, [0, 0, 0, 0]), 10, 200),
         # Zeros compress at close to Deflate's limit of 1032:1, which the native decoder must still allow.
         'zeros_8192x64.png': raw_png(8192, 64, 16, 6, bytes(64 * (1 + 8192 * 8))),
+        # Formats GDI+ would read if it were given them; only the named ones ever reach it.
+        'tiff_named.png': tiff_grey(2, 2),
+        'metafile.emf': emf(),
+        'placeable.wmf': wmf(),
+        'cursor.cur': b'\0\0\2\0' + ico([(16,) + icon_image(16, [bytes(64)] * 16, [b''] * 16)])[4:],
         # Formats only GDI+ reads.
         'icon_rgba.ico': ico([(16,) + icon_image(16, [b''.join(bytes(icon_rgba(x, y)) for x in range(16))
                                                       for y in range(16)], [b''] * 16)]),

@@ -52,20 +52,15 @@ struct Canvas {
     std::vector<uint32_t> pixels;
 };
 
-bool allocatePixels(Canvas& image, int width, int height) {
-    try {
-        image.pixels.assign(size_t(width) * size_t(height), 0);
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
+void allocatePixels(Canvas& image, int width, int height) {
+    image.pixels.assign(size_t(width) * size_t(height), 0);
     image.width = width;
     image.height = height;
-    return true;
 }
 
 // ---- PNG ------------------------------------------------------------------------------------------------
 
-const uint8_t kPngSignature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+constexpr size_t kPngSignatureSize = 8; // checked by sniffImage before the decoder is chosen
 
 struct PngHeader {
     uint32_t width = 0;
@@ -119,7 +114,7 @@ struct PngChunks {
 // Walks the chunks from the signature to IEND, checking each chunk's CRC and the order that the decoding
 // depends on; collects the header, the palette, the transparency and the compressed data.
 bool readPngChunks(const uint8_t* data, size_t size, PngChunks& png) {
-    size_t pos = sizeof(kPngSignature);
+    size_t pos = kPngSignatureSize;
     bool haveHeader = false;
     bool inData = false;    // inside the run of IDAT chunks
     bool afterData = false; // the run of IDAT chunks has ended
@@ -327,15 +322,11 @@ bool decodePng(const uint8_t* data, size_t size, Canvas& image) {
         return false;
     if (expected > uint64_t(z.size()) * kMaxDeflateRatio) return false;
     Bytes raw;
-    try {
-        if (!inflateRaw(z.data() + 2, z.size() - 2, size_t(expected), raw)) return false;
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
+    if (!inflateRaw(z.data() + 2, z.size() - 2, size_t(expected), raw)) return false;
     if (raw.size() != expected || adler32(raw.data(), raw.size()) != be32(z.data() + z.size() - 4))
         return false;
 
-    if (!allocatePixels(image, int(h.width), int(h.height))) return false;
+    allocatePixels(image, int(h.width), int(h.height));
     const size_t step = h.filterStep();
     const bool checkIndex = h.colourType == 3 && png.paletteSize < (size_t(1) << h.depth);
     uint8_t* cursor = raw.data();
@@ -410,7 +401,7 @@ bool decodeBmp(const uint8_t* data, size_t size, Canvas& image) {
     if (pixelOffset < headersEnd || pixelOffset > size) return false;
     if ((size - pixelOffset) / stride < size_t(height)) return false; // every row, padding included
 
-    if (!allocatePixels(image, width, int(height))) return false;
+    allocatePixels(image, width, int(height));
     const size_t bytesPerPixel = size_t(bitCount) / 8;
     for (int64_t y = 0; y < height; ++y) {
         const int64_t fileRow = topDown ? y : height - 1 - y;
@@ -435,10 +426,15 @@ bool decodeImage(const uint8_t* data, size_t size, DecodedImage& image, std::wst
     }
     Canvas canvas;
     bool ok = false;
-    if (size >= sizeof(kPngSignature) && std::memcmp(data, kPngSignature, sizeof(kPngSignature)) == 0)
-        ok = decodePng(data, size, canvas);
-    else if (size >= 2 && data[0] == 'B' && data[1] == 'M')
-        ok = decodeBmp(data, size, canvas);
+    try {
+        const ImageSignature signature = sniffImage(data, size);
+        if (signature.format == ImageFormat::Png)
+            ok = decodePng(data, size, canvas);
+        else if (signature.format == ImageFormat::Bmp)
+            ok = decodeBmp(data, size, canvas);
+    } catch (const std::bad_alloc&) {
+        ok = false; // GDI+ reports a picture it has no memory for as one it cannot decode; so does this
+    }
     if (!ok) {
         if (error) *error = kUndecodable;
         return false;

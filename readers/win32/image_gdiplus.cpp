@@ -45,28 +45,6 @@ struct BitmapDispose {
 };
 using BitmapPtr = std::unique_ptr<Gdiplus::GpBitmap, BitmapDispose>;
 
-// The bits of a locked bitmap, unlocked on every path out.
-class LockedBits {
-public:
-    LockedBits(Gdiplus::GpBitmap* bitmap, int width, int height) : bitmap_(bitmap) {
-        Gdiplus::GpRect rect(0, 0, width, height);
-        locked_ = gp::GdipBitmapLockBits(bitmap, &rect, Gdiplus::ImageLockModeRead, PixelFormat32bppPARGB,
-                                         &data_) == Gdiplus::Ok;
-    }
-    ~LockedBits() {
-        if (locked_) gp::GdipBitmapUnlockBits(bitmap_, &data_);
-    }
-    LockedBits(const LockedBits&) = delete;
-    LockedBits& operator=(const LockedBits&) = delete;
-    bool locked() const { return locked_; }
-    const Gdiplus::BitmapData& data() const { return data_; }
-
-private:
-    Gdiplus::GpBitmap* bitmap_;
-    Gdiplus::BitmapData data_{};
-    bool locked_ = false;
-};
-
 StreamPtr streamOverCopy(const uint8_t* data, size_t size, std::wstring* error) {
     ScopedGlobal memory(GlobalAlloc(GMEM_MOVEABLE, size));
     if (!memory.get()) {
@@ -90,24 +68,26 @@ StreamPtr streamOverCopy(const uint8_t* data, size_t size, std::wstring* error) 
     return StreamPtr(stream);
 }
 
+// GDI+ converts the picture straight into our own buffer (a caller-supplied lock buffer), so a decode holds
+// the pixels once more than GDI+'s own copy, not twice.
 bool copyPixels(Gdiplus::GpBitmap* bitmap, int width, int height, DecodedImage& image) {
-    LockedBits bits(bitmap, width, height);
-    if (!bits.locked()) return false;
-    const Gdiplus::BitmapData& data = bits.data();
-    if (data.Scan0 == nullptr || int(data.Width) != width || int(data.Height) != height) return false;
-
     std::vector<uint32_t> pixels;
     try {
         pixels.resize(size_t(width) * size_t(height));
     } catch (const std::bad_alloc&) {
         return false;
     }
-    const auto* scan0 = static_cast<const uint8_t*>(data.Scan0);
-    for (int y = 0; y < height; ++y) {
-        // The stride may be negative (a bottom-up buffer), so the row address is computed signed.
-        const uint8_t* row = scan0 + ptrdiff_t(y) * ptrdiff_t(data.Stride);
-        std::memcpy(pixels.data() + size_t(y) * size_t(width), row, size_t(width) * 4);
-    }
+    Gdiplus::BitmapData data{};
+    data.Width = UINT(width);
+    data.Height = UINT(height);
+    data.Stride = width * 4;
+    data.PixelFormat = PixelFormat32bppPARGB;
+    data.Scan0 = pixels.data();
+    Gdiplus::GpRect rect(0, 0, width, height);
+    if (gp::GdipBitmapLockBits(bitmap, &rect, Gdiplus::ImageLockModeRead | Gdiplus::ImageLockModeUserInputBuf,
+                               PixelFormat32bppPARGB, &data) != Gdiplus::Ok)
+        return false;
+    if (gp::GdipBitmapUnlockBits(bitmap, &data) != Gdiplus::Ok) return false;
     image = DecodedImage::fromPixels(width, height, std::move(pixels));
     return true;
 }
@@ -117,6 +97,10 @@ bool copyPixels(Gdiplus::GpBitmap* bitmap, int width, int height, DecodedImage& 
 bool decodeImage(const uint8_t* data, size_t size, DecodedImage& image, std::wstring* error) {
     image = DecodedImage();
     if (data == nullptr || size == 0) return fail(error, L"Bos gorsel.");
+    // GDI+ picks its codec from the content, metafiles and TIFF included: only the formats we name reach it,
+    // and none whose header already states a size past the limit.
+    const ImageSignature signature = sniffImage(data, size);
+    if (signature.format == ImageFormat::Unknown || signature.tooLarge()) return fail(error, kUndecodable);
 
     StreamPtr stream = streamOverCopy(data, size, error);
     if (!stream) return false;

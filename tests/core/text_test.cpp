@@ -1,4 +1,3 @@
-#include "core/cp437.h"
 #include "core/paths.h"
 #include "core/text.h"
 
@@ -64,18 +63,6 @@ TEST(Paths, SplitAndJoinWithEitherSeparator) {
     std::wstring joined = pathJoin(L"dir", L"a.exe");
     EXPECT_EQ(joined.size(), 9u);
     EXPECT_TRUE(isPathSeparator(joined[3]));
-}
-
-TEST(CodePage437, HighBytesMapToThePcCharacterSet) {
-    EXPECT_EQ(cp437Char('A'), L'A');
-    EXPECT_EQ(cp437Char(0x80), L'\u00C7');
-    EXPECT_EQ(cp437Char(0x9E), L'\u20A7');
-    EXPECT_EQ(cp437Char(0xE1), L'\u00DF');
-    EXPECT_EQ(cp437Char(0xFF), L'\u00A0');
-    EXPECT_EQ(cp437ToWide("\x81"
-                          "ber.png"),
-              L"\u00FC"
-              L"ber.png");
 }
 
 } // namespace

@@ -74,8 +74,54 @@ TEST(DecodeImage, RefusedInputsLeaveNoPicture) {
     test::expectRefused("png cut in half", Bytes(png.begin(), png.begin() + ptrdiff_t(png.size() / 2)));
     test::expectRefused("bmp one byte short", Bytes(bmp.begin(), bmp.end() - 1));
     for (const char* name :
-         {"bad_adler.png", "bad_filter.png", "palette_without_plte.png", "too_little_data.png"})
+         {"bad_adler.png", "bad_filter.png", "palette_without_plte.png", "too_little_data.png",
+          // Formats GDI+ reads when it is handed them, picking the codec from the content, whatever the name.
+          "tiff_named.png", "metafile.emf", "placeable.wmf", "cursor.cur"})
         test::expectRefused(name, imageFixture(name));
+}
+
+TEST(SniffImage, FormatAndTheSizeTheHeaderStates) {
+    const auto bytes = [](std::initializer_list<int> values) {
+        Bytes out;
+        for (int v : values)
+            out.push_back(uint8_t(v));
+        return out;
+    };
+    const Bytes png = test::makePng(300, 7, 0xFF000000), bmp = test::makeBmp(5, 9000, 0xFF000000);
+    // A JPEG whose frame header comes after an APP0 segment and fill bytes; the frame states 16 x 8200.
+    const Bytes jpeg =
+        bytes({0xFF, 0xD8, 0xFF, 0xE0, 0, 4, 1, 2, 0xFF, 0xFF, 0xC2, 0, 11, 8, 0x20, 0x08, 0, 16});
+    Bytes topDown = test::makeBmp(3, 2, 0xFF000000);
+    topDown[22] = 0xFE, topDown[23] = topDown[24] = topDown[25] = 0xFF; // height -2: rows from the top
+    const struct {
+        const char* what;
+        Bytes data;
+        ImageFormat format;
+        int64_t width, height;
+    } cases[] = {
+        {"png", png, ImageFormat::Png, 300, 7},
+        {"png cut before its size", Bytes(png.begin(), png.begin() + 20), ImageFormat::Png, 0, 0},
+        {"bmp", bmp, ImageFormat::Bmp, 5, 9000},
+        {"top-down bmp", topDown, ImageFormat::Bmp, 3, 2},
+        {"jpeg", jpeg, ImageFormat::Jpeg, 16, 8200},
+        {"jpeg cut inside the frame header", Bytes(jpeg.begin(), jpeg.end() - 1), ImageFormat::Jpeg, 0, 0},
+        {"jpeg scan before any frame", bytes({0xFF, 0xD8, 0xFF, 0xDA, 0, 2, 0xFF, 0xC0}), ImageFormat::Jpeg,
+         0, 0},
+        {"gif", imageFixture("transparent.gif"), ImageFormat::Gif, 5, 3},
+        {"ico", imageFixture("icon_rgba.ico"), ImageFormat::Ico, 0, 0},
+        {"ico without pictures", bytes({0, 0, 1, 0, 0, 0}), ImageFormat::Unknown, 0, 0},
+        {"tiff", imageFixture("tiff_named.png"), ImageFormat::Unknown, 0, 0},
+        {"wmf", imageFixture("placeable.wmf"), ImageFormat::Unknown, 0, 0},
+        {"cursor", imageFixture("cursor.cur"), ImageFormat::Unknown, 0, 0},
+    };
+    for (const auto& c : cases) {
+        const ImageSignature s = sniffImage(c.data.data(), c.data.size());
+        EXPECT_EQ(std::tuple(s.format, s.width, s.height), std::tuple(c.format, c.width, c.height)) << c.what;
+    }
+    // A stated side past the limit is refused before any decoder sees the bytes.
+    EXPECT_TRUE(sniffImage(bmp.data(), bmp.size()).tooLarge());
+    EXPECT_TRUE(sniffImage(jpeg.data(), jpeg.size()).tooLarge());
+    EXPECT_FALSE(sniffImage(png.data(), png.size()).tooLarge());
 }
 
 } // namespace
