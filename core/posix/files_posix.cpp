@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <new>
 
 namespace nv {
 namespace {
@@ -58,7 +59,11 @@ bool readFileBytes(const std::wstring& path, Bytes& out, uint64_t maxSize) {
     uint64_t size = 0;
     if (!fd.valid() || !isRegularFile(fd.get(), size) || size > maxSize) return false;
 
-    out.resize(size_t(size));
+    try {
+        out.resize(size_t(size));
+    } catch (const std::bad_alloc&) {
+        return false; // a cap of hundreds of megabytes can meet a machine that has less
+    }
     size_t done = 0;
     while (done < out.size()) {
         ssize_t got = ::read(fd.get(), out.data() + done, std::min(out.size() - done, kPiece));
@@ -72,6 +77,19 @@ bool readFileBytes(const std::wstring& path, Bytes& out, uint64_t maxSize) {
     return true;
 }
 
+namespace {
+
+// Removes the temporary file of a failed write, keeping errno of the step that failed for the caller.
+bool abandon(const std::string& temp, ScopedFd& fd) {
+    const int error = errno;
+    fd.close();
+    ::unlink(temp.c_str());
+    errno = error;
+    return false;
+}
+
+} // namespace
+
 bool writeFileAtomic(const std::wstring& path, const void* data, size_t size) {
     const std::string target = native(path);
     const std::string temp = target + ".nvtmp";
@@ -83,25 +101,20 @@ bool writeFileAtomic(const std::wstring& path, const void* data, size_t size) {
     while (done < size) {
         ssize_t wrote = ::write(fd.get(), p + done, std::min(size - done, kPiece));
         if (wrote < 0 && errno == EINTR) continue;
-        if (wrote <= 0) {
-            fd.close();
-            ::unlink(temp.c_str());
-            return false;
-        }
+        if (wrote <= 0) return abandon(temp, fd);
         done += size_t(wrote);
     }
-    if (!fd.close()) {
-        ::unlink(temp.c_str());
-        return false;
-    }
+    if (!fd.close()) return abandon(temp, fd);
 
-    // The owner's write bit plays the part of the read-only attribute.
+    // The owner's write bit plays the part of the read-only attribute: cleared for the move, put back when
+    // the move fails.
     struct stat st;
-    if (::stat(target.c_str(), &st) == 0 && S_ISREG(st.st_mode) && !(st.st_mode & S_IWUSR))
-        ::chmod(target.c_str(), (st.st_mode & 07777) | S_IWUSR);
+    const bool readOnly = ::stat(target.c_str(), &st) == 0 && S_ISREG(st.st_mode) && !(st.st_mode & S_IWUSR);
+    if (readOnly) ::chmod(target.c_str(), (st.st_mode & 07777) | S_IWUSR);
 
     if (::rename(temp.c_str(), target.c_str()) != 0) {
-        int error = errno;
+        const int error = errno;
+        if (readOnly) ::chmod(target.c_str(), st.st_mode & 07777);
         ::unlink(temp.c_str());
         errno = error;
         return false;

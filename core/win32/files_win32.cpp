@@ -9,6 +9,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <new>
 
 namespace nv {
 namespace {
@@ -24,11 +25,12 @@ bool readFileBytes(const std::wstring& path, Bytes& out, uint64_t maxSize) {
     if (!file.valid()) return false;
 
     LARGE_INTEGER size;
-    if (!GetFileSizeEx(file.get(), &size) || size.QuadPart < 0 || uint64_t(size.QuadPart) > maxSize)
-        return false;
-    if (uint64_t(size.QuadPart) > out.max_size()) return false;
-
-    out.resize(size_t(size.QuadPart));
+    if (!GetFileSizeEx(file.get(), &size) || uint64_t(size.QuadPart) > maxSize) return false;
+    try {
+        out.resize(size_t(uint64_t(size.QuadPart)));
+    } catch (const std::bad_alloc&) {
+        return false; // a cap of hundreds of megabytes can meet a machine that has less
+    }
     size_t done = 0;
     while (done < out.size()) {
         DWORD want = DWORD(std::min<size_t>(out.size() - done, kPiece));
@@ -42,6 +44,20 @@ bool readFileBytes(const std::wstring& path, Bytes& out, uint64_t maxSize) {
     return true;
 }
 
+namespace {
+
+// Removes the temporary file of a failed write, keeping the error of the step that failed for the caller:
+// the clean-up's own calls would otherwise overwrite it.
+bool abandon(const std::wstring& temp, win::ScopedHandle& file) {
+    const DWORD error = GetLastError();
+    file.close();
+    DeleteFileW(temp.c_str());
+    SetLastError(error);
+    return false;
+}
+
+} // namespace
+
 bool writeFileAtomic(const std::wstring& path, const void* data, size_t size) {
     const std::wstring temp = path + L".nvtmp";
     win::ScopedHandle file(
@@ -53,24 +69,20 @@ bool writeFileAtomic(const std::wstring& path, const void* data, size_t size) {
     while (done < size) {
         DWORD want = DWORD(std::min<size_t>(size - done, kPiece));
         DWORD wrote = 0;
-        if (!WriteFile(file.get(), p + done, want, &wrote, nullptr) || wrote == 0) {
-            file.close();
-            DeleteFileW(temp.c_str());
-            return false;
-        }
+        if (!WriteFile(file.get(), p + done, want, &wrote, nullptr) || wrote == 0) return abandon(temp, file);
         done += wrote;
     }
-    if (!file.close()) {
-        DeleteFileW(temp.c_str());
-        return false;
-    }
+    if (!file.close()) return abandon(temp, file);
 
-    DWORD attributes = GetFileAttributesW(path.c_str());
-    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
-        SetFileAttributesW(path.c_str(), attributes & ~DWORD(FILE_ATTRIBUTE_READONLY));
+    // A read-only target cannot be replaced; its attribute is cleared for the move and put back if the move
+    // fails, so that a failed write leaves the old file exactly as it was.
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    const bool readOnly = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY);
+    if (readOnly) SetFileAttributesW(path.c_str(), attributes & ~DWORD(FILE_ATTRIBUTE_READONLY));
 
     if (!MoveFileExW(temp.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING)) {
-        DWORD error = GetLastError();
+        const DWORD error = GetLastError();
+        if (readOnly) SetFileAttributesW(path.c_str(), attributes);
         DeleteFileW(temp.c_str());
         SetLastError(error);
         return false;

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 namespace nv {
 namespace {
 
@@ -40,18 +38,37 @@ TEST(WriteFileAtomic, ReplacesTheTargetAndLeavesNoTemporaryFile) {
     EXPECT_TRUE(test::readFile(path).empty());
 }
 
-TEST(WriteFileAtomic, AFailedWriteLeavesTheOldTargetAndNoTemporaryFile) {
+TEST(WriteFileAtomic, AFailedWriteLeavesTheOldTargetNoTemporaryFileAndItsOwnError) {
     test::TempDir dir;
-    // Into a folder that does not exist, and over a folder standing in the target's place.
+    // Into a folder that does not exist, over a folder standing in the target's place, and from memory that
+    // cannot be read, which fails the write itself after the temporary file exists.
     const std::wstring missing = pathJoin(dir.file(L"no-such-folder"), L"x.bin");
     const std::wstring taken = dir.file(L"taken");
+    const std::wstring kept = dir.file(L"kept.bin");
     test::writeFile(pathJoin(taken, L"inside.txt"), "keep");
-    for (const std::wstring& target : {missing, taken}) {
-        EXPECT_FALSE(writeFileAtomic(target, test::bytesOf("x")));
-        EXPECT_FALSE(fileExists(target + L".nvtmp"));
+    test::writeFile(kept, "keep");
+    test::UnreadablePage unreadable;
+    const struct {
+        std::wstring target;
+        const void* data;
+        uint32_t error; // 0: any
+    } cases[] = {
+        {missing, "x", 0},
+        {taken, "x", 0},
+        {kept, unreadable.data(), unreadable.readError()},
+    };
+    ASSERT_NE(unreadable.readError(), 0u);
+    for (const auto& c : cases) {
+        EXPECT_FALSE(writeFileAtomic(c.target, c.data, 1));
+        const uint32_t error = lastSystemError();
+        EXPECT_FALSE(fileExists(c.target + L".nvtmp"));
+        if (c.error) {
+            EXPECT_EQ(error, c.error) << "the clean-up's own calls must not replace the cause";
+        }
     }
     EXPECT_FALSE(fileExists(missing));
     EXPECT_EQ(test::textOf(test::readFile(pathJoin(taken, L"inside.txt"))), "keep");
+    EXPECT_EQ(test::textOf(test::readFile(kept)), "keep");
 }
 
 TEST(CreateFolders, CreatesEveryMissingLevel) {
@@ -65,23 +82,6 @@ TEST(CreateFolders, CreatesEveryMissingLevel) {
 
     test::writeFile(dir.file(L"file"), "x");
     EXPECT_FALSE(createFolders(pathJoin(dir.file(L"file"), L"sub"))) << "a file stands in the way";
-}
-
-TEST(ListFolder, YieldsFilesAndFoldersButNotDotEntries) {
-    test::TempDir dir;
-    test::writeFile(dir.file(L"one.png"), "1");
-    test::writeFile(dir.file(L"\u011Fzel.xml"), "2");
-    ASSERT_TRUE(createFolders(dir.file(L"img")));
-    std::vector<FolderEntry> entries;
-    ASSERT_TRUE(listFolder(dir.path(), entries));
-    std::vector<std::pair<std::wstring, bool>> seen;
-    for (const auto& e : entries)
-        seen.emplace_back(e.name, e.isFolder);
-    std::sort(seen.begin(), seen.end());
-    std::vector<std::pair<std::wstring, bool>> expected = {
-        {L"img", true}, {L"one.png", false}, {L"\u011Fzel.xml", false}};
-    EXPECT_EQ(seen, expected);
-    EXPECT_FALSE(listFolder(dir.file(L"missing"), entries));
 }
 
 TEST(SystemErrorText, EndsWithTheCodeInParentheses) {

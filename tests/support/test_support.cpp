@@ -5,6 +5,14 @@
 
 #include <gtest/gtest.h>
 
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <sys/mman.h>
+
+#include <cerrno>
+#endif
+
 #include <atomic>
 #include <chrono>
 #include <fstream>
@@ -82,6 +90,38 @@ Bytes readFile(const std::wstring& path) {
     EXPECT_TRUE(in.good()) << "cannot read " << fsPath(path).string();
     return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
+
+#ifdef _WIN32
+UnreadablePage::UnreadablePage()
+    : page_(VirtualAlloc(nullptr, 4096, MEM_COMMIT | MEM_RESERVE, PAGE_NOACCESS)) {}
+UnreadablePage::~UnreadablePage() {
+    if (page_) VirtualFree(page_, 0, MEM_RELEASE);
+}
+// Windows and Wine word it differently (ERROR_NOACCESS, ERROR_INVALID_USER_BUFFER), so the system is asked:
+// the error of a plain write of the page to a scratch file.
+uint32_t UnreadablePage::readError() const {
+    wchar_t folder[MAX_PATH + 1], name[MAX_PATH + 1];
+    if (!GetTempPathW(MAX_PATH + 1, folder) || !GetTempFileNameW(folder, L"nv", 0, name)) return 0;
+    HANDLE file =
+        CreateFileW(name, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return 0;
+    DWORD written = 0;
+    const DWORD error = WriteFile(file, page_, 1, &written, nullptr) ? 0 : GetLastError();
+    CloseHandle(file);
+    return error;
+}
+#else
+UnreadablePage::UnreadablePage() {
+    void* page = mmap(nullptr, 4096, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    page_ = page == MAP_FAILED ? nullptr : page;
+}
+UnreadablePage::~UnreadablePage() {
+    if (page_) munmap(page_, 4096);
+}
+uint32_t UnreadablePage::readError() const {
+    return EFAULT;
+}
+#endif
 
 Bytes noiseBytes(size_t size, uint32_t seed) {
     Bytes out(size);

@@ -40,6 +40,21 @@ void writeFile(const std::wstring& path, const Bytes& bytes);
 void writeFile(const std::wstring& path, std::string_view text);
 Bytes readFile(const std::wstring& path);
 
+// A page of memory that the process may not read, to make a system call fail on its buffer; readError() is
+// the code that such a failed write reports.
+class UnreadablePage {
+public:
+    UnreadablePage();
+    ~UnreadablePage();
+    UnreadablePage(const UnreadablePage&) = delete;
+    UnreadablePage& operator=(const UnreadablePage&) = delete;
+    const void* data() const { return page_; }
+    uint32_t readError() const;
+
+private:
+    void* page_ = nullptr;
+};
+
 // Deterministic pseudo-random bytes (a fixed xorshift sequence per seed).
 Bytes noiseBytes(size_t size, uint32_t seed);
 

@@ -14,33 +14,38 @@
 namespace nv {
 namespace {
 
-TEST(WriteFileAtomicWin32, ReplacesAReadOnlyTargetAndLeavesItWritable) {
-    test::TempDir dir;
-    const std::wstring path = dir.file(L"old.ini");
-    test::writeFile(path, "old");
-    ASSERT_TRUE(SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_ARCHIVE));
+TEST(WriteFileAtomicWin32, AReadOnlyTargetIsReplacedOrLeftExactlyAsItWas) {
+    const DWORD readOnly = FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_ARCHIVE;
+    const struct {
+        DWORD attributes;
+        bool heldOpen; // without sharing, so that the move fails
+    } cases[] = {{readOnly, false}, {readOnly, true}, {FILE_ATTRIBUTE_ARCHIVE, true}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message()
+                     << "attributes " << c.attributes << (c.heldOpen ? ", held open" : ""));
+        test::TempDir dir;
+        const std::wstring path = dir.file(L"old.ini");
+        test::writeFile(path, "old");
+        ASSERT_TRUE(SetFileAttributesW(path.c_str(), c.attributes));
+        win::ScopedHandle holder(c.heldOpen ? CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr,
+                                                          OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr)
+                                            : nullptr);
+        ASSERT_EQ(holder.valid(), c.heldOpen);
 
-    ASSERT_TRUE(writeFileAtomic(path, test::bytesOf("new")));
-    EXPECT_EQ(test::textOf(test::readFile(path)), "new");
-    DWORD attributes = GetFileAttributesW(path.c_str());
-    ASSERT_NE(attributes, INVALID_FILE_ATTRIBUTES);
-    EXPECT_EQ(attributes & FILE_ATTRIBUTE_READONLY, 0u);
-}
-
-TEST(WriteFileAtomicWin32, ATargetHeldOpenWithoutSharingStaysUntouched) {
-    test::TempDir dir;
-    const std::wstring path = dir.file(L"busy.bin");
-    test::writeFile(path, "previous");
-    {
-        win::ScopedHandle holder(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
-                                             FILE_ATTRIBUTE_NORMAL, nullptr));
-        ASSERT_TRUE(holder.valid());
-        EXPECT_FALSE(writeFileAtomic(path, test::bytesOf("replacement")));
-        DWORD error = GetLastError();
-        EXPECT_TRUE(error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION) << error;
+        const bool written = writeFileAtomic(path, test::bytesOf("new"));
+        const DWORD error = GetLastError();
+        holder.close();
+        EXPECT_EQ(written, !c.heldOpen);
         EXPECT_FALSE(fileExists(path + L".nvtmp"));
+        EXPECT_EQ(test::textOf(test::readFile(path)), written ? "new" : "old");
+        // A replaced file is writable; one that could not be replaced keeps every attribute it had, and the
+        // caller hears why the move failed, not what the clean-up did.
+        EXPECT_EQ(GetFileAttributesW(path.c_str()),
+                  written ? c.attributes & ~DWORD(FILE_ATTRIBUTE_READONLY) : c.attributes);
+        if (!written) {
+            EXPECT_TRUE(error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION) << error;
+        }
     }
-    EXPECT_EQ(test::textOf(test::readFile(path)), "previous");
 }
 
 TEST(CreateFoldersWin32, StopsAtTheDriveRoot) {
