@@ -39,7 +39,9 @@ int commandPack(const Invocation& invocation, Console& console) {
     if (!readSkinSource(source, files, message, nullptr, &note)) return failed(console, message);
     if (!note.empty()) console.errLine(L"Not: " + note);
 
-    Bytes package = writeSkinPackage(files);
+    // What the patcher's reader would refuse (more files than a package holds) is not written at all.
+    Bytes package;
+    if (!packSkinFiles(files, package, &message)) return failed(console, message);
     if (!writeFileAtomic(out, package)) return failed(console, writeFailure(out));
     return kExitOk;
 }

@@ -1,7 +1,8 @@
 // The skin as the builder handles it: a set of companion files and pictures is loaded as the preview loads
 // it, then composed with the operator's edits and packed as a build packs it. Whatever loaded before
-// composition must still load after it: the in-place writers may change values, never break a file. The
-// author's checklist runs over the same bytes and must agree with the loader.
+// composition must still load after it: the in-place writers may change values, never break a file, and the
+// feed address lands wherever the skin has the feed's controls. The author's checklist runs over the same
+// bytes and must agree with the loader.
 //
 // Input: entries of [name index: 1 byte][length: 4 bytes, little-endian][data], the name taken from a fixed
 // list so that the fuzzer spends its time inside the files rather than on their names.
@@ -10,6 +11,7 @@
 #include "skin/skin_lint.h"
 #include "skin/workspace.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -77,5 +79,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     nv::SkinModel again;
     require(nv::loadSkinModel(unpacked, again));
     require(again.controls.size() == model.controls.size() || !loads);
+    // The feed's own controls, however their ids are written, let the operator change the feed address.
+    const bool feedControls = std::any_of(model.controls.begin(), model.controls.end(),
+                                          [](const nv::SkinControl& c) { return c.id.starts_with("FEED_"); });
+    if (loads && feedControls) require(again.feedUrl == ws.feedUrl);
     return 0;
 }

@@ -11,13 +11,13 @@ SAMPLE = "examples/skins/gece-mavisi"
 OUT = "fuzz/corpus/fuzz_skin"
 
 
-def png(width, height, rgba):
+def png(width, height, rgba, level=-1):
     def chunk(kind, data):
         body = kind + data
         return struct.pack(">I", len(data)) + body + struct.pack(">I", zlib.crc32(body))
     rows = b"".join(b"\0" + bytes(rgba) * width for _ in range(height))
     header = struct.pack(">IIBBBBB", width, height, 8, 6, 0, 0, 0)
-    return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b"")
+    return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", zlib.compress(rows, level)) + chunk(b"IEND", b"")
 
 
 def bmp(width, height):
@@ -54,6 +54,18 @@ def main():
                                                 b"</torrent_locale>\r\n"),
         "bmp_background": entry("custom_url.xml", b"<u/>") + entry("skin.xml", b'<s background_image="crest.bmp"/>') +
                           entry("crest.bmp", bmp(3, 2)),
+        # Regressions. One 4096 x 4096 picture of about 65 KB as the background and in six buttons: decoded once
+        # and shared, it stays far below the target's memory limit, copied per control and state it would not.
+        "image_bomb": entry("fernwick.url.xml", b'<u remoteConfigPath="x"/>') +
+                      entry("skin.xml", b'<skin background_image="bg">' +
+                            b"".join(b'<control type="button" id="B%d" image="bg.png"/>' % i for i in range(6)) +
+                            b"</skin>") +
+                      entry("bg.png", png(4096, 4096, (0, 0, 0, 0), level=9)),
+        # Feed controls whose ids are written in lower case: the feed address must still be edited.
+        "feed_ids_lower_case": entry("fernwick.url.xml", b'<u remoteConfigPath="x"/>') +
+                               entry("skin.xml", b'<skin feed_url="https://eski/"><control type="text" '
+                                                 b'id="feed_status"/></skin>') +
+                               entry("main.png", png(2, 2, (1, 2, 3, 255))),
     }
     for name, data in seeds.items():
         with open(os.path.join(OUT, name), "wb") as f:

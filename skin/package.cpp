@@ -1,6 +1,7 @@
 #include "skin/package.h"
 
 #include "core/crc32.h"
+#include "core/memory_guard.h"
 
 #include <cstring>
 
@@ -29,26 +30,8 @@ bool fail(std::wstring* error, const wchar_t* message) {
     return false;
 }
 
-} // namespace
-
-Bytes writeSkinPackage(const SkinFileSet& files) {
-    Bytes out;
-    out.reserve(size_t(files.totalBytes()) + 16 + 64 * files.entries.size());
-    out.insert(out.end(), {'N', 'V', 'S', 'K'});
-    put32(out, kSkinPackageVersion);
-    put32(out, uint32_t(files.entries.size()));
-    for (const SkinEntry& entry : files.entries) {
-        put16(out, uint32_t(entry.name.size()));
-        out.insert(out.end(), entry.name.begin(), entry.name.end());
-        put32(out, uint32_t(entry.data.size()));
-        out.insert(out.end(), entry.data.begin(), entry.data.end());
-    }
-    put32(out, Crc32::of(out.data(), out.size()));
-    return out;
-}
-
-bool readSkinPackage(const uint8_t* data, size_t size, SkinFileSet& out, std::wstring* error) {
-    out.clear();
+// The checks of readSkinPackage, in their order.
+bool readEntries(const uint8_t* data, size_t size, SkinFileSet& out, std::wstring* error) {
     if (size < 16 || std::memcmp(data, "NVSK", 4) != 0)
         return fail(error, L"Skin paketi bulunamadi ya da bozuk.");
     // Nothing in the header is believed before the checksum over everything before it matches.
@@ -75,6 +58,40 @@ bool readSkinPackage(const uint8_t* data, size_t size, SkinFileSet& out, std::ws
     }
     // Bytes between the last entry and the checksum are ignored on purpose.
     return true;
+}
+
+} // namespace
+
+Bytes writeSkinPackage(const SkinFileSet& files) {
+    Bytes out;
+    out.reserve(size_t(files.totalBytes()) + 16 + 64 * files.entries.size());
+    out.insert(out.end(), {'N', 'V', 'S', 'K'});
+    put32(out, kSkinPackageVersion);
+    put32(out, uint32_t(files.entries.size()));
+    for (const SkinEntry& entry : files.entries) {
+        put16(out, uint32_t(entry.name.size()));
+        out.insert(out.end(), entry.name.begin(), entry.name.end());
+        put32(out, uint32_t(entry.data.size()));
+        out.insert(out.end(), entry.data.begin(), entry.data.end());
+    }
+    put32(out, Crc32::of(out.data(), out.size()));
+    return out;
+}
+
+bool readSkinPackage(const uint8_t* data, size_t size, SkinFileSet& out, std::wstring* error) {
+    out.clear();
+    return failOnBadAlloc(error, [&] { return readEntries(data, size, out, error); });
+}
+
+bool packSkinFiles(const SkinFileSet& files, Bytes& out, std::wstring* error) {
+    out.clear();
+    const bool ok = failOnBadAlloc(error, [&] {
+        out = writeSkinPackage(files);
+        SkinFileSet check;
+        return readSkinPackage(out.data(), out.size(), check, error);
+    });
+    if (!ok) out = Bytes();
+    return ok;
 }
 
 } // namespace nv

@@ -21,6 +21,10 @@ constexpr uint32_t kSkinPackageMaxEntries = 0x1000;
 // Never fails.
 Bytes writeSkinPackage(const SkinFileSet& files);
 
+// writeSkinPackage, then the package read back as the patcher will read it: what the reader would refuse
+// (more than 4096 files, say) is refused here with the reader's message, and out is left empty.
+bool packSkinFiles(const SkinFileSet& files, Bytes& out, std::wstring* error = nullptr);
+
 // Empties out, then reads the entries in package order, names exactly as stored. Messages:
 // "Skin paketi bulunamadi ya da bozuk.", "Skin paketi bozuk (CRC).", "Skin paketi surumu desteklenmiyor.",
 // "Skin paketi bozuk (adet).", "Skin paketi bozuk.".

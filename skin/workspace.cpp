@@ -1,10 +1,12 @@
 #include "skin/workspace.h"
 
 #include "core/files.h"
+#include "core/memory_guard.h"
 #include "core/text.h"
 #include "readers/xml.h"
 #include "readers/zip_reader.h"
 #include "skin/package.h"
+#include "skin/skin_import.h"
 #include "skin/skin_source.h"
 #include "skin/text_edits.h"
 
@@ -33,6 +35,51 @@ void setAttribute(std::vector<TextEdit>& edits, const XmlElement& element, std::
         edits.push_back({attribute->valueBegin, attribute->valueEnd, escaped});
     else
         edits.push_back({element.nameEnd, element.nameEnd, " " + std::string(name) + "=\"" + escaped + "\""});
+}
+
+// The working set with the edits written in; see composeSkinFiles.
+void composeInto(const SkinWorkspace& ws, SkinFileSet& out) {
+    out = ws.files;
+
+    if (const Bytes* address = ws.addressFile.empty() ? nullptr : out.findFile(ws.addressFile))
+        out.putFile(ws.addressFile,
+                    bytesOf(writeAddressFile(textOf(*address), ws.serverAddress, ws.importedServerAddress)));
+
+    // skin.xml: edited button links and the feed address, each value replaced in place. A file that does not
+    // parse stays as it is; the validation that follows reports it.
+    XmlDocument skin;
+    if (parseFile(out, "skin.xml", skin)) {
+        std::vector<TextEdit> edits;
+        for (const XmlElement* control : controlElements(skin)) {
+            const std::string id = control->attribute("id");
+            for (const ButtonLink& link : ws.buttonLinks)
+                if (link.edited && equalsIgnoreCase(link.id, id))
+                    setAttribute(edits, *control, "link_url", link.link);
+        }
+        if (ws.hasFeed && ws.feedUrl != ws.importedFeedUrl)
+            setAttribute(edits, skin.root, "feed_url", ws.feedUrl);
+        if (!edits.empty())
+            out.putFile("skin.xml",
+                        bytesOf(applyTextEdits(textOf(*out.findFile("skin.xml")), std::move(edits))));
+    }
+
+    if (const Bytes* locale = ws.localeFile.empty() ? nullptr : out.findFile(ws.localeFile)) {
+        LocaleTable overrides;
+        if (!ws.newsAddress.empty() && ws.newsAddress != ws.importedNewsAddress) {
+            overrides["LAUNCHER_IFRAME"] = ws.newsAddress;
+            overrides["LAUNCHER_NEW_URL"] = ws.newsAddress;
+        }
+        // A link that named a locale key lives under that key. Only a changed link is written back: an
+        // unchanged one would rewrite the value the file already holds, and could undo a new news address
+        // under the same key.
+        for (const ButtonLink& link : ws.buttonLinks)
+            if (!link.localeKey.empty() && !link.link.empty() && link.link != link.importedLink)
+                overrides[link.localeKey] = link.link;
+        if (!overrides.empty())
+            out.putFile(ws.localeFile, bytesOf(writeLocaleFile(textOf(*locale), overrides)));
+    }
+
+    out.putFile("norvane.ini", bytesOf(writePatcherSettings(ws.settings)));
 }
 
 } // namespace
@@ -92,61 +139,42 @@ void SkinWorkspace::addDroppedFiles(const std::vector<std::wstring>& paths, int&
 }
 
 void SkinWorkspace::importSkinValues() {
-    serverAddress.clear();
+    SkinTexts texts;
+    readSkinTexts(files, texts);
+    addressFile = texts.addressFile;
+    serverAddress = texts.addressRead ? texts.remoteConfigPath : std::wstring();
+    localeFile = texts.localeFile;
+    // The news page shows the frame's address, or else the "new" page's when only that one is set (the
+    // built-in texts of both are empty, so only the skin's own locale file can fill them).
     newsAddress.clear();
+    for (const char* key : {"LAUNCHER_IFRAME", "LAUNCHER_NEW_URL"}) {
+        const std::wstring& text = texts.strings[key];
+        if (!text.empty()) {
+            newsAddress = text;
+            break;
+        }
+    }
+    settings = texts.settings;
+
     feedUrl.clear();
     buttonLinks.clear();
     hasFeed = false;
-
-    std::string preferredLocale = "Fernwick.locale.xml";
-    addressFile = findAddressFile(files);
-    XmlDocument address;
-    if (parseFile(files, addressFile, address)) {
-        serverAddress = utf8ToWide(address.root.attribute("remoteConfigPath"));
-        preferredLocale = address.root.attribute("languagePath", preferredLocale);
-    }
-
-    // Links are resolved as the patcher resolves them: built-in texts, overridden by the skin's locale file.
-    LocaleTable strings;
-    loadLocaleDefaults(strings);
-    localeFile = findLocaleFile(files, preferredLocale);
-    if (const Bytes* locale = localeFile.empty() ? nullptr : files.findFile(localeFile)) {
-        LocaleTable fromFile;
-        if (parseLocale(textOf(*locale), fromFile)) {
-            // The news page shows the frame's address, or else the "new" page's when only that one is set.
-            for (const char* key : {"LAUNCHER_IFRAME", "LAUNCHER_NEW_URL"}) {
-                auto it = fromFile.find(key);
-                if (it != fromFile.end() && !it->second.empty()) {
-                    newsAddress = it->second;
-                    break;
-                }
-            }
-            for (auto& [key, text] : fromFile)
-                strings[key] = text;
-        }
-    }
-
-    const Bytes* ini = files.findFile("norvane.ini");
-    settings = ini ? readPatcherSettingsFile(*ini) : PatcherSettings{};
-
-    XmlDocument skin;
-    if (parseFile(files, "skin.xml", skin)) {
-        feedUrl = utf8ToWide(skin.root.attribute("feed_url"));
-        for (const XmlElement& control : skin.root.children) {
-            if (control.name != "control") continue;
-            const std::string id = control.attribute("id");
-            if (id.compare(0, 5, "FEED_") == 0) hasFeed = true;
+    if (texts.skinRead) {
+        feedUrl = utf8ToWide(texts.skin.root.attribute("feed_url"));
+        uint32_t index = 0;
+        for (const XmlElement* element : controlElements(texts.skin)) {
+            const SkinControl control = readControl(*element, index++, texts.strings);
+            hasFeed = hasFeed || isFeedControl(control);
             // Iframes are the news frame, fed from the news address; only buttons are offered as links.
-            const std::string type = asciiLower(control.attribute("type"));
-            if (type != "button") continue;
+            if (control.kind != ControlKind::Button) continue;
             ButtonLink link;
-            link.id = id;
-            link.type = type;
-            link.image = control.attribute("image");
-            const std::string linkUrl = control.attribute("link_url");
-            link.importedLink = resolveLink(strings, linkUrl);
+            link.id = element->attribute("id");
+            link.type = "button";
+            link.image = control.image;
+            link.importedLink = resolveLink(texts.strings, control.linkUrl);
             link.link = link.importedLink;
-            if (!linkUrl.empty() && strings.count(asciiUpper(linkUrl))) link.localeKey = asciiUpper(linkUrl);
+            if (!control.linkUrl.empty() && texts.strings.count(asciiUpper(control.linkUrl)))
+                link.localeKey = asciiUpper(control.linkUrl);
             buttonLinks.push_back(std::move(link));
         }
     }
@@ -172,54 +200,14 @@ bool SkinWorkspace::composeSkinFiles(SkinFileSet& out, std::wstring& message) co
         message = L"Önce bir skin yükleyin.";
         return false;
     }
-    out = files;
-
-    if (const Bytes* address = addressFile.empty() ? nullptr : out.findFile(addressFile))
-        out.putFile(addressFile,
-                    bytesOf(writeAddressFile(textOf(*address), serverAddress, importedServerAddress)));
-
-    // skin.xml: edited button links and the feed address, each value replaced in place. A file that does not
-    // parse stays as it is; the validation that follows reports it.
-    XmlDocument skin;
-    if (parseFile(out, "skin.xml", skin)) {
-        std::vector<TextEdit> edits;
-        for (const XmlElement& control : skin.root.children) {
-            if (control.name != "control") continue;
-            const std::string id = control.attribute("id");
-            for (const ButtonLink& link : buttonLinks)
-                if (link.edited && equalsIgnoreCase(link.id, id))
-                    setAttribute(edits, control, "link_url", link.link);
-        }
-        if (hasFeed && feedUrl != importedFeedUrl) setAttribute(edits, skin.root, "feed_url", feedUrl);
-        if (!edits.empty())
-            out.putFile("skin.xml",
-                        bytesOf(applyTextEdits(textOf(*out.findFile("skin.xml")), std::move(edits))));
-    }
-
-    if (const Bytes* locale = localeFile.empty() ? nullptr : out.findFile(localeFile)) {
-        LocaleTable overrides;
-        if (!newsAddress.empty() && newsAddress != importedNewsAddress) {
-            overrides["LAUNCHER_IFRAME"] = newsAddress;
-            overrides["LAUNCHER_NEW_URL"] = newsAddress;
-        }
-        // A link that named a locale key lives under that key. Only a changed link is written back: an
-        // unchanged one would rewrite the value the file already holds, and could undo a new news address
-        // under the same key.
-        for (const ButtonLink& link : buttonLinks)
-            if (!link.localeKey.empty() && !link.link.empty() && link.link != link.importedLink)
-                overrides[link.localeKey] = link.link;
-        if (!overrides.empty()) out.putFile(localeFile, bytesOf(writeLocaleFile(textOf(*locale), overrides)));
-    }
-
-    out.putFile("norvane.ini", bytesOf(writePatcherSettings(settings)));
-    return true;
+    // The copy of a set of up to 64 MiB is the allocation that can fail here.
+    return failOnBadAlloc(&message, [&] {
+        composeInto(*this, out);
+        return true;
+    });
 }
 
 bool SkinWorkspace::buildSkinPackage(Bytes& out, std::vector<std::wstring>& messages) const {
-    if (!loaded) {
-        messages.push_back(L"Önce bir skin yükleyin.");
-        return false;
-    }
     SkinFileSet composed;
     std::wstring message;
     if (!composeSkinFiles(composed, message)) {
@@ -229,12 +217,15 @@ bool SkinWorkspace::buildSkinPackage(Bytes& out, std::vector<std::wstring>& mess
     // The package is never written from a set that the patcher could not show.
     SkinModel model;
     if (!loadSkinModel(composed, model, &messages)) return false;
+    // The edits can grow a set that was within the limit when it was read.
     if (composed.totalBytes() > SkinFileSet::kMaxTotalBytes) {
         messages.push_back(L"Skin paketi 64 MB sinirini asiyor.");
         return false;
     }
-    out = writeSkinPackage(composed);
-    return true;
+    std::wstring refused;
+    if (packSkinFiles(composed, out, &refused)) return true;
+    messages.push_back(refused);
+    return false;
 }
 
 bool SkinWorkspace::loadPreviewModel(SkinModel& model, std::vector<std::wstring>& messages) const {

@@ -78,7 +78,7 @@ check "unpack exits 0" [ $? -eq 0 ]
 check "skin.xml comes back byte for byte" cmp -s "$src/Skin.XML" "$work/unpacked/deeper/skin.xml"
 check "main.png comes back byte for byte" cmp -s "$src/Main.PNG" "$work/unpacked/deeper/main.png"
 check "a Turkish name comes back" cmp -s "$src/$(printf '\xc5\x9eerit.png')" "$work/unpacked/deeper/$(printf '\xc5\x9eerit.png')"
-check "an empty file comes back" [ -f "$work/unpacked/deeper/empty.txt" ] && [ ! -s "$work/unpacked/deeper/empty.txt" ]
+check "an empty file comes back" sh -c "[ -f '$work/unpacked/deeper/empty.txt' ] && [ ! -s '$work/unpacked/deeper/empty.txt' ]"
 check "only the accepted files are unpacked" [ "$(ls "$work/unpacked/deeper" | wc -l)" -eq 4 ]
 
 # Failures: exit 1 and the reader's message alone on a line.
@@ -91,5 +91,12 @@ nv unpack "$(winpath "$work/bad.nvsk")" "$(winpath "$work/never")" >"$work/out" 
 check "unpacking a damaged package creates nothing" [ ! -e "$work/never" ]
 nv pack "$(winpath "$work/nothing-here")" "$(winpath "$work/x.nvsk")" >"$work/out" 2>"$work/err"
 check "a source that is not there exits 1 and writes nothing" sh -c "[ $? -eq 1 ] && [ ! -e '$work/x.nvsk' ]"
+
+# More files than a package may hold: pack reads back what it would write and refuses it, as the patcher would.
+mkdir "$work/crowd"
+(cd "$work/crowd" && seq -f 'f%g.txt' 1 4100 | xargs touch)
+nv pack "$(winpath "$work/crowd")" "$(winpath "$work/crowd.nvsk")" >"$work/out" 2>"$work/err"
+check "4100 files are refused by pack (exit 1) with the reader's message and nothing written" \
+    sh -c "[ $? -eq 1 ] && grep -qx 'Skin paketi bozuk (adet).' '$work/err' && [ ! -e '$work/crowd.nvsk' ]"
 
 finish

@@ -101,6 +101,15 @@ nv inspect "$(winpath "$work/edited.nvsk")" --json >"$work/edited.json" 2>"$work
 check "the composed package inspects clean" json_check "$work/edited.json" \
     "j['ok'] and j['warnings'] == [] and j['settings']['connections'] == 6 and j['remoteConfigPath'] == 'https://yeni.example/cfg.xml?a=1&b=2'"
 
+# Ids compare without regard to ASCII case: feed controls written in lower case still let the feed be edited.
+copy_sample lowerfeed
+sed -i 's/id="FEED_/id="feed_/' "$work/lowerfeed/skin.xml"
+nv compose "$(winpath "$work/lowerfeed")" "$(winpath "$work/lowerfeed.nvsk")" --feed-url https://yeni.example/durum \
+    >"$work/out" 2>"$work/err"
+nv unpack "$(winpath "$work/lowerfeed.nvsk")" "$(winpath "$work/lowerfeed-out")" >/dev/null 2>&1
+check "feed controls in lower case take --feed-url" grep -q 'feed_url="https://yeni.example/durum"' \
+    "$work/lowerfeed-out/skin.xml"
+
 nv compose "$(winpath "$work/nobg")" "$(winpath "$work/nobg.nvsk")" >"$work/out" 2>"$work/err"
 check "compose of a skin that cannot load exits 1" [ $? -eq 1 ]
 check "... with the loader's message and no package" \

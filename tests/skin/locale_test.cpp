@@ -15,35 +15,6 @@ std::string replacedOnce(std::string text, std::string_view from, std::string_vi
     return at == std::string::npos ? text : text.replace(at, from.size(), to);
 }
 
-TEST(LocaleDefaults, HoldTheSeventyOneKeysInOrderWithTheirTurkishTexts) {
-    std::string keys;
-    for (const LocaleDefault* row = kLocaleDefaults; row->key; ++row)
-        keys += std::string(row->key) + (row->text ? " " : "(no text) ");
-    EXPECT_EQ(
-        keys,
-        "CONFIG_LOADING CONFIG_APPYING TORRENT_PATCH TORRENT_MAIN TORRENT_SUB TORRENT_PATCH_INIT "
-        "TORRENT_START TORRENT_STATE_CHECKING TORRENT_STATE_DOWNLOADING TORRENT_STATE_FINISHED "
-        "TORRENT_DOWNLOAD_SPEED TORRENT_TOTAL_PROGRESS TORRENT_FOREGROUND_PATCH_RUN_GAME "
-        "TORRENT_NOTICE_TITLE TORRENT_NOTICE_ACCEPT TORRENT_NOTICE_REFUSE NOTICE INVALID_CRC_TABLE "
-        "REMOTE_CONFIG_OPEN_ERROR FAILED_DOWNLOAD_FILE FAILED_WRITE_FILE FAILED_CREATE_FILE "
-        "ERROR_LZO_DECOMPRESS ERROR_NO_SKIN CREATE_PROCESS_ERROR_2 ERROR_EXECUTE_PROCESS RUN_PATH_EMPTY "
-        "LAUNCH_ERROR_WITH_ADMIN_PRIVILEGES INTERNET_OPEN_ERROR NEW_PATCHER_START LAUNCHER_IFRAME "
-        "LAUNCHER_NEW_URL NV_RETRY NV_GAME_RUNNING NV_FILE_IN_USE NV_DISK_FULL NV_WRITING NV_REMAINING "
-        "NV_SELF_UPDATE NV_ADMIN_QUESTION NV_CHECK_DETAIL NV_UP_TO_DATE NV_PREVIEW NV_CRC_MISMATCH "
-        "NV_HTTP_ERROR NV_NET_ERROR NV_INVALID_CONFIG NV_NO_DOWNLOAD_URL NV_WAIT_GAME NV_NEWS NV_INUSE_TITLE "
-        "NV_INUSE_HEAD NV_INUSE_FILES NV_INUSE_PROGRAMS NV_INUSE_QUESTION NV_INUSE_SYSTEM "
-        "NV_INUSE_SYSTEM_TAG NV_INUSE_UNKNOWN NV_INUSE_MORE NV_INUSE_BTN_CLOSE NV_INUSE_BTN_RETRY "
-        "NV_INUSE_BTN_CANCEL NV_INUSE_CLOSING NV_INUSE_CLOSE_FAILED NV_INUSE_NEED_ADMIN NV_INUSE_STOPPED "
-        "NV_FEED_ONLINE NV_FEED_MAINTENANCE NV_FEED_OFFLINE NV_FEED_NO_DATA NV_FEED_PLAYERS ");
-    LocaleTable table{{"LEFTOVER", L"x"}};
-    loadLocaleDefaults(table);
-    EXPECT_EQ(table.size(), kLocaleDefaultCount); // keys are unique and the old content is gone
-    // Written with escapes here so that a wrongly decoded source file shows up.
-    EXPECT_EQ(table["ERROR_NO_SKIN"], L"D\u00fczenleme mevcut de\u011fil.");
-    EXPECT_EQ(table["NV_RETRY"],
-              L"G\u00fcncelleme tamamlanamad\u0131.\n\n%s\n\nTekrar denemek ister misiniz?");
-}
-
 TEST(ParseLocale, OverridesByUpperCasedKeyAndKeepsTheTableOnFailure) {
     LocaleTable table;
     loadLocaleDefaults(table);

@@ -1,3 +1,4 @@
+#include "skin/skin_images.h"
 #include "skin/skin_model.h"
 #include "tests/support/image_files.h"
 #include "tests/support/test_support.h"
@@ -255,6 +256,40 @@ TEST(SkinModel, GaugesFramesImagesAndUnknownControls) {
     EXPECT_EQ(c[0].imageEmpty.width, 100);
     EXPECT_TRUE(c[1].imageEmpty.empty());
     EXPECT_EQ(c[5].index, 5u);
+}
+
+TEST(SkinModel, ControlsAndButtonStatesShareOneDecodeOfAFile) {
+    Loaded r = load(skinWith("<skin><control type=\"button\" image=\"main.png\"/>"
+                             "<control type=\"image\" image=\"./art/MAIN.PNG\"/></skin>"));
+    ASSERT_TRUE(r.ok) << narrow(r.warnings);
+    const SkinControl &button = r.model.controls.at(0), &image = r.model.controls.at(1);
+    for (const DecodedImage* picture :
+         {&button.imageUp, &button.imageOn, &button.imageDown, &button.imageDisabled, &image.imageUp})
+        EXPECT_EQ(picture->pixels.get(), r.model.background.pixels.get());
+}
+
+TEST(SkinImages, TheBudgetCountsEachFileOnceAndNamesTheFileThatPassesIt) {
+    SkinFileSet set;
+    set.putFile("a.png", test::makePng(8, 8, 0xFF0000FF)); // 64 pixels
+    set.putFile("b.bmp", test::makeBmp(4, 4, 0xFF00FF00)); // 16
+    set.putFile("c.png", test::makePng(2, 2, 0xFFFF0000)); // 4
+    // A header that states 100 x 100 over data that would never decode: refused on its word, undecoded.
+    Bytes stated = test::makePng(100, 100, 0xFF000000);
+    stated[43] = 0x07; // the first Deflate block of the data: a block type that does not exist
+    set.putFile("stated.png", stated);
+    std::vector<std::wstring> warnings;
+    SkinImages images(set, &warnings, 80);
+
+    const DecodedImage a = images.named("a.png");
+    EXPECT_EQ(images.named("img/A.PNG").pixels.get(), a.pixels.get()) << "one decode for every spelling";
+    EXPECT_EQ(images.completed("b").width, 4) << "64 + 16 fills the budget exactly";
+    EXPECT_TRUE(images.named("c.png").empty());
+    EXPECT_TRUE(images.named("c.png").empty());
+    EXPECT_TRUE(images.named("stated.png").empty());
+    EXPECT_EQ(images.named("a.png").pixels.get(), a.pixels.get()) << "what was decoded stays";
+    EXPECT_EQ(warnings,
+              (std::vector<std::wstring>{L"Görseller bellek sınırını aşıyor, yüklenmedi: c.png",
+                                         L"Görseller bellek sınırını aşıyor, yüklenmedi: stated.png"}));
 }
 
 TEST(ParseColor, SixOrEightHexDigitsWithAnOptionalHash) {

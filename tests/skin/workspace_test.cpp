@@ -167,6 +167,10 @@ TEST(SkinWorkspace, TheFeedAddressIsEditedOnlyInSkinsWithFeedControls) {
          replaced(kSkinXml, "FEED_STATUS", "STATUS")},
         {replaced(kSkinXml, "feed_refresh=", "feed_url='https://a/' feed_refresh="), true, L"https://a/",
          replaced(kSkinXml, "feed_refresh=", "feed_url='https://b/&lt;x&gt;' feed_refresh=")},
+        // Ids compare without regard to ASCII case, here as everywhere.
+        {replaced(kSkinXml, "FEED_STATUS", "feed_status"), true, L"",
+         replaced(replaced(kSkinXml, "FEED_STATUS", "feed_status"), "<skin ",
+                  "<skin feed_url=\"https://b/&lt;x&gt;\" ")},
     };
     for (const Case& c : cases) {
         SkinFileSet files = sampleFiles();
