@@ -2,20 +2,19 @@
 # are also built natively, with sanitizers, fuzzers and benchmarks.
 #
 #   make test    install what is missing, check the formatting, build everything, run every test (native,
-#                Windows under Wine, fuzz smoke)
+#                Windows under Wine, each fuzz target once over its corpus and its saved findings)
 #   make format  format every C++ file with the repository's .clang-format
 #   make demo    build the sample skin's outputs with nvbuild.exe into demo-out/, and the builder window's
 #                snapshots of the sample into demo-out/snap/
 #   make run ARGS="inspect examples/skins/gece-mavisi"   nvbuild.exe under Wine, as ./nvbuild does
 #   make dist    the Windows programs in dist/
-#   make fuzz    run each fuzz target for FUZZ_SECONDS (default 120)
+#   make fuzz    run each fuzz target for FUZZ_SECONDS (default 120); findings go to fuzz/findings/
 #   make bench   run the benchmarks: natively (Release), then the Windows ones under Wine
 #   make sample-skin  redraw the committed sample skin from its generator (installs Pillow and a font if missing)
 
 OUT          ?= out
 JOBS         ?= $(shell nproc)
 FUZZ_SECONDS ?= 120
-FUZZ_SMOKE_SECONDS ?= 20
 SAMPLE       ?= examples/skins/gece-mavisi
 CMAKE        := cmake -G Ninja -Wno-dev --log-level=WARNING
 WITH_WINE    := scripts/with-wine.sh $(OUT)/windows/wineprefix
@@ -37,7 +36,7 @@ $(OUT)/windows/build.ninja: | deps
 
 $(OUT)/fuzz/build.ninja: | deps
 	@CC=clang CXX=clang++ $(CMAKE) -S . -B $(OUT)/fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DNV_FUZZ=ON \
-	    -DNV_TESTS=OFF -DNV_FUZZ_SECONDS=$(FUZZ_SMOKE_SECONDS)
+	    -DNV_TESTS=OFF
 
 $(OUT)/bench/build.ninja: | deps
 	@$(CMAKE) -S . -B $(OUT)/bench -DCMAKE_BUILD_TYPE=Release -DNV_BENCH=ON -DNV_TESTS=OFF
