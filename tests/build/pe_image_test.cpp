@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <functional>
 
 namespace nv {
 namespace {
@@ -95,41 +94,6 @@ uint32_t referenceChecksum(const Bytes& b, size_t field) {
     return ((sum & 0xFFFF) + (sum >> 16)) + uint32_t(b.size());
 }
 
-TEST(PeImage, Layout) {
-    const PeLayout layout = layoutOf(makePe());
-    EXPECT_EQ(layout.timeStampField, kPe + 8);
-    EXPECT_EQ(layout.symbolPointerField, kPe + 12);
-    EXPECT_EQ(layout.checksumField, kOptional + 64);
-    EXPECT_EQ(layout.certDirectoryField, kCertEntry);
-    EXPECT_EQ(layout.resourceRva, 0x2000u);
-    EXPECT_EQ(layout.sectionsEnd, 0x600u);
-    ASSERT_EQ(layout.sections.size(), 2u);
-    EXPECT_EQ(peRvaToOffset(layout, 0x2010), 0x410u);
-    EXPECT_EQ(peRvaToOffset(layout, 0x3000), SIZE_MAX);
-}
-
-TEST(PeImage, RejectsWhatIsNotAnImage) {
-    const struct {
-        const char* what;
-        std::function<void(Bytes&)> damage;
-    } cases[] = {
-        {"no MZ", [](Bytes& b) { b[1] = 'Y'; }},
-        {"header offset past the end", [](Bytes& b) { put32(b, 0x3C, 0x700); }},
-        {"no PE signature", [](Bytes& b) { b[kPe] = 'Q'; }},
-        {"unknown optional header", [](Bytes& b) { put16(b, kOptional, 0x30B); }},
-        {"optional header past the end", [](Bytes& b) { put16(b, kPe + 20, 0xFFF0); }},
-        {"headers larger than the file", [](Bytes& b) { put32(b, kOptional + 60, 0x700); }},
-        {"section data past the end", [](Bytes& b) { b.pop_back(); }},
-        {"too short for a header", [](Bytes& b) { b.resize(0x3F); }},
-    };
-    for (const auto& c : cases) {
-        Bytes b = makePe();
-        c.damage(b);
-        PeLayout layout;
-        EXPECT_FALSE(readPeLayout(b, layout)) << c.what;
-    }
-}
-
 TEST(PeImage, ChecksumMatchesTheWordByWordSum) {
     for (size_t size : {0, 1, 2, 3, 101, 4097, 70000}) {
         const Bytes b = test::noiseBytes(size, uint32_t(size) + 1);
@@ -141,47 +105,6 @@ TEST(PeImage, ChecksumMatchesTheWordByWordSum) {
     EXPECT_EQ(peChecksum(ones.data(), ones.size(), 8), referenceChecksum(ones, 8));
 }
 
-TEST(PeImage, TailsSplitIntoOverlayAndCertificate) {
-    const Bytes overlay = test::noiseBytes(1001, 3);
-    const struct {
-        const char* what;
-        Bytes image;
-        Bytes overlay;
-        bool certificate;
-    } cases[] = {
-        {"nothing after the sections", makePe(), {}, false},
-        {"an overlay", withTail(makePe(), overlay, 0), overlay, false},
-        {"a signature", withTail(makePe(), {}, 0x300), {}, true},
-        {"a signature after a short unaligned overlay",
-         withTail(makePe(), {1, 2, 3}, 0x300),
-         {1, 2, 3, 0, 0, 0, 0, 0},
-         true},
-        {"an overlay and a signature", withTail(makePe(), overlay, 0x300),
-         [&] {
-             Bytes o = overlay;
-             o.resize(1008, 0);
-             return o;
-         }(),
-         true},
-    };
-    for (const auto& c : cases) {
-        const PeTail tail = readPeTail(c.image, layoutOf(c.image));
-        EXPECT_TRUE(tail.known);
-        EXPECT_EQ(tail.overlay, c.overlay) << c.what;
-        EXPECT_EQ(tail.hadCertificate, c.certificate) << c.what;
-        EXPECT_EQ(tail.timeStamp, 0x12345678u);
-
-        Bytes cut;
-        EXPECT_EQ(cutPeTail(c.image, layoutOf(c.image), cut), c.image.size() != 0x600) << c.what;
-        if (c.image.size() == 0x600) continue;
-        EXPECT_EQ(cut.size(), 0x600u) << c.what;
-        EXPECT_EQ(get32(cut, kCertEntry), 0u);
-        EXPECT_EQ(get32(cut, kCertEntry + 4), 0u);
-    }
-}
-
-// What a resource writer hands back is put right: its leftovers cut, the overlay back at the end with the
-// symbol table pointer following it, the template's time stamp, no resource time stamps, a correct checksum.
 TEST(PeImage, FinishingAnUpdatedImage) {
     Bytes original = withTail(makePe(), test::noiseBytes(3000, 8), 0x200);
     put32(original, kPe + 12, 0x600 + 1000); // a symbol table inside the overlay
@@ -205,17 +128,6 @@ TEST(PeImage, FinishingAnUpdatedImage) {
 
     Bytes notPe = test::bytesOf("MZ but nothing else");
     EXPECT_FALSE(finishPeImage(notPe, tail));
-}
-
-TEST(PeImage, ResourceDirectoriesThatLoopAreWalkedOnce) {
-    Bytes image = makePe();
-    put32(image, kRsrc + 0x2C, 0x80000000); // the name level points back at the root
-    put16(image, kRsrc + 14, 0x7FFF);       // and the root claims more entries than the section holds
-    ASSERT_TRUE(finishPeImage(image, PeTail()));
-    EXPECT_EQ(get32(image, kRsrc + 4), 0u);
-    EXPECT_EQ(get32(image, kRsrc + 0x18 + 4), 0u);
-    EXPECT_EQ(get32(image, kRsrc + 0x30 + 4), 0xDEADBEEFu) << "no longer reachable";
-    EXPECT_EQ(get32(image, kPe + 8), 0x12345678u) << "an unknown tail keeps the image's time stamp";
 }
 
 } // namespace

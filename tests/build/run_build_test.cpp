@@ -1,7 +1,6 @@
-// runBuild before the executable: a skin that cannot be composed or validated stops the build with the
-// composition's own message and nothing on disk.
+// From the builder's inputs to a build, before any executable is written.
 
-#include "build/build_job.h"
+#include "build/build_start.h"
 #include "skin/workspace.h"
 #include "tests/support/image_files.h"
 #include "tests/support/test_support.h"
@@ -11,39 +10,44 @@
 namespace nv {
 namespace {
 
+TEST(RunBuild, RequestDefaultsFromTheTitleAndTheOutputName) {
+    BuildInputs inputs;
+    inputs.outputPath = L"C:\\oyun\\Kaldra Yama.exe";
+    BuildRequest r = makeBuildRequest(inputs, L"  Kaldra Online \r\n", test::bytesOf("NVSK"));
+    EXPECT_EQ(r.version.productName, L"Kaldra Online");
+    EXPECT_EQ(r.version.originalFilename, L"Kaldra Yama.exe");
+    EXPECT_EQ(r.packageBytes, test::bytesOf("NVSK"));
+    inputs.version.productName = L"Ürün";
+    inputs.version.originalFilename = L"Başka.exe";
+    r = makeBuildRequest(inputs, L"Kaldra Online", {});
+    EXPECT_EQ(r.version.productName, L"Ürün");
+    EXPECT_EQ(r.version.originalFilename, L"Başka.exe");
+}
+
+// A skin that does not compose or validate stops the build with the composition's own message, before the
+// disk.
 TEST(RunBuild, CompositionFailuresTouchNothing) {
     test::TempDir dir;
-    SkinFileSet withoutAddressFile;
-    withoutAddressFile.putFile("skin.xml", test::bytesOf("<skin background_image=\"main\"/>"));
-    withoutAddressFile.putFile("main.png", test::makePng(8, 8, 0xFF000000));
+    SkinFileSet noAddressFile;
+    noAddressFile.putFile("skin.xml", test::bytesOf("<skin background_image=\"main\"/>"));
+    noAddressFile.putFile("main.png", test::makePng(8, 8, 0xFF000000));
     SkinWorkspace incomplete;
     std::wstring message;
-    ASSERT_TRUE(incomplete.loadSkinSet(withoutAddressFile, L"test", message));
-
-    BuildInputs inputs;
-    inputs.templatePath = dir.file(L"Norvane.Template.exe");
-    inputs.outputPath = dir.file(L"Kaldra.exe");
+    ASSERT_TRUE(incomplete.loadSkinSet(noAddressFile, L"test", message));
+    const BuildInputs inputs{dir.file(L"Norvane.Template.exe"), dir.file(L"Kaldra.exe"), {}, {}, {}};
     test::writeFile(inputs.templatePath, "MZ");
-    const struct {
-        const SkinWorkspace& ws;
-        std::wstring message;
-    } cases[] = {
-        {SkinWorkspace(), L"Önce bir skin yükleyin."},
-        {incomplete, L"Skin içinde Fernwick.url.xml yok."},
+    const SkinWorkspace empty;
+    const std::pair<const SkinWorkspace*, std::wstring> cases[] = {
+        {&incomplete, L"Skin içinde Fernwick.url.xml yok."},
+        {&empty, L"Önce bir skin yükleyin."},
     };
-    for (const auto& c : cases) {
-        std::vector<std::wstring> log;
+    for (const auto& [ws, expected] : cases) {
+        int lines = 0;
         const BuildResult result = runBuild(
-            c.ws, inputs,
-            [](void* lines, const std::wstring& line) {
-                static_cast<std::vector<std::wstring>*>(lines)->push_back(line);
-            },
-            &log);
-        EXPECT_FALSE(result.ok);
-        EXPECT_EQ(result.message, c.message);
-        EXPECT_TRUE(log.empty());
-        EXPECT_FALSE(fileExists(inputs.outputPath));
-        EXPECT_FALSE(fileExists(inputs.outputPath + L".building"));
+            *ws, inputs, [](void* n, const std::wstring&) { ++*static_cast<int*>(n); }, &lines);
+        EXPECT_EQ(result.message, expected);
+        EXPECT_FALSE(result.ok || lines || fileExists(inputs.outputPath) ||
+                     fileExists(inputs.outputPath + L".building"));
     }
 }
 
