@@ -1,0 +1,103 @@
+// Dropping files on the window: which path wins, and what a drop of single files reports.
+
+#include "core/paths.h"
+#include "core/text.h"
+#include "tests/support/image_files.h"
+#include "tests/support/test_support.h"
+#include "ui/drops.h"
+
+#include <gtest/gtest.h>
+
+namespace nv::ui {
+namespace {
+
+TEST(Drops, WhichPathWins) {
+    test::TempDir dir;
+    const std::wstring folder = dir.file(L"klasor");
+    ASSERT_TRUE(createFolders(folder));
+    const std::wstring png = dir.file(L"btn_up.png"), zip = dir.file(L"gece.zip");
+    using A = DropPlan::Action;
+    const struct {
+        const char* what;
+        std::vector<std::wstring> paths;
+        bool building;
+        A action;
+        std::wstring source;
+    } cases[] = {
+        {"a png and a zip: the zip loads", {png, zip}, false, A::LoadSource, zip},
+        {"a png and a folder: the folder loads", {png, folder, zip}, false, A::LoadSource, folder},
+        {"the name decides, in any case",
+         {png, dir.file(L"YOK.ZIP")},
+         false,
+         A::LoadSource,
+         dir.file(L"YOK.ZIP")},
+        {"only pictures join the package", {png, dir.file(L"a.jpg")}, false, A::AddFiles, L""},
+        {"nothing dropped", {}, false, A::Ignore, L""},
+        {"during a build nothing happens", {zip}, true, A::Ignore, L""},
+        {"not even to pictures", {png}, true, A::Ignore, L""},
+    };
+    for (const auto& c : cases) {
+        const DropPlan plan = planDrop(c.paths, c.building);
+        EXPECT_EQ(plan.action, c.action) << c.what;
+        EXPECT_EQ(plan.source, c.source) << c.what;
+    }
+}
+
+std::wstring writeSkin(const test::TempDir& dir) {
+    const std::wstring folder = dir.file(L"skin");
+    test::writeFile(pathJoin(folder, L"skin.xml"),
+                    "<skin><control type=\"button\" id=\"BTN_START\" image=\"btn.png\"/></skin>");
+    test::writeFile(pathJoin(folder, L"Fernwick.url.xml"), "<urls remoteConfigPath=\"https://a.example/\"/>");
+    test::writeFile(pathJoin(folder, L"main.png"), test::makePng(8, 8, 0xFF000000));
+    test::writeFile(pathJoin(folder, L"btn_up.png"), test::makePng(4, 4, 0xFF0000FF));
+    return folder;
+}
+
+TEST(Drops, PicturesOntoALoadedSkinReplaceTheirNamesakes) {
+    test::TempDir dir;
+    SkinWorkspace ws;
+    std::wstring message;
+    ASSERT_TRUE(ws.loadSkinSource(writeSkin(dir), message));
+    const Bytes red = test::makePng(4, 4, 0xFFFF0000);
+    test::writeFile(dir.file(L"btn_up.png"), red);
+
+    const DropReport report = addDroppedFiles(ws, {dir.file(L"btn_up.png")});
+    EXPECT_EQ(report.count, 1);
+    EXPECT_TRUE(report.skinLoaded);
+    EXPECT_EQ(report.status, L"1 dosya pakete eklendi.");
+    ASSERT_EQ(report.log.size(), 1u);
+    EXPECT_EQ(report.log[0].text, L"Pakete eklenen/değiştirilen dosya: 1");
+    ASSERT_NE(ws.files.findFile("btn_up.png"), nullptr);
+    EXPECT_EQ(*ws.files.findFile("btn_up.png"), red);
+}
+
+TEST(Drops, PicturesWithNothingLoadedWaitForASkin) {
+    test::TempDir dir;
+    test::writeFile(dir.file(L"a.png"), test::makePng(2, 2, 0xFF00FF00));
+    test::writeFile(dir.file(L"b.png"), test::makePng(2, 2, 0xFF00FF00));
+    SkinWorkspace ws;
+    const DropReport report =
+        addDroppedFiles(ws, {dir.file(L"a.png"), dir.file(L"yok.png"), dir.file(L"b.png")});
+    EXPECT_EQ(report.count, 2);
+    EXPECT_FALSE(report.skinLoaded);
+    EXPECT_EQ(report.status, L"Henüz skin.xml yok; önce geçerli bir skin .zip ya da klasörü bırakın.");
+    ASSERT_EQ(report.log.size(), 2u);
+    EXPECT_EQ(report.log[0].text, L"Pakete eklenen/değiştirilen dosya: 2");
+    EXPECT_EQ(report.log[1].text.rfind(L"Not: ", 0), 0u) << "the unreadable file is noted";
+    EXPECT_EQ(report.log[1].level, 2);
+}
+
+TEST(Drops, ASkinXmlAmongTheFilesMakesASkin) {
+    test::TempDir dir;
+    const std::wstring folder = writeSkin(dir);
+    SkinWorkspace ws;
+    const DropReport report =
+        addDroppedFiles(ws, {pathJoin(folder, L"skin.xml"), pathJoin(folder, L"Fernwick.url.xml"),
+                             pathJoin(folder, L"main.png")});
+    EXPECT_TRUE(report.skinLoaded);
+    EXPECT_EQ(report.status, L"3 dosya pakete eklendi.");
+    EXPECT_EQ(ws.sourceLabel, L"(bırakılan dosyalar)");
+}
+
+} // namespace
+} // namespace nv::ui
