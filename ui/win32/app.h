@@ -103,7 +103,19 @@ public:
     // ---------------------------------------------------
     void saveSession();
     void restoreSession();
+    // Where the session file is; by default under the roaming application-data folder. Tests that create the
+    // window point it at a scratch file, or at nothing (empty: no session is read or written).
+    void setSessionPath(std::wstring path) {
+        sessionPath_ = std::move(path);
+        sessionPathSet_ = true;
+    }
     void refreshPreview();
+    // The patcher built into the temporary folder and started with "--preview".
+    void previewPatcher();
+    // The icon taken from a picture; quietly when a session is restored (no status, no session write).
+    void setIcon(const std::wstring& path, bool quiet);
+    // CF_UNICODETEXT on the clipboard; false when the clipboard could not be opened or set.
+    bool copyToClipboard(const std::wstring& text);
     // Pixels for the preview panel (premultiplied ARGB, rows from the top); an empty vector clears it.
     void setPreviewPixels(int width, int height, std::vector<uint32_t> pixels);
 
@@ -122,6 +134,14 @@ public:
 
 private:
     friend class MainWindowClass;
+    friend class WindowSessionTarget;
+    // Commands that open dialogs, use the clipboard or start programs.
+    void chooseSkin(bool folder);
+    void chooseIcon();
+    void removeIcon();
+    void chooseCertificate();
+    void showOutputInFolder();
+    void copyResultText(int item);
     LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam);
     void paint(HDC dc);
     PageModel pageModel() const;
@@ -177,6 +197,9 @@ private:
     DecodedImage iconPreview_;
     bool signtoolFound_ = false;
     std::wstring signtoolPath_;
+
+    std::wstring sessionPath_;
+    bool sessionPathSet_ = false;
 
     // The preview panel.
     bool previewRendered_ = false;

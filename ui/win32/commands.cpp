@@ -1,6 +1,6 @@
 // What a click on an item does. Every clickable item of the window arrives in runCommand with its number and
-// sub-item; items that open dialogs of their own, use the clipboard or start other programs are added to the
-// same switch.
+// sub-item; the commands behind dialogs, the clipboard and the previews live beside it (dialogs.cpp,
+// result_commands.cpp, preview.cpp).
 
 #include "ui/win32/app.h"
 
@@ -20,6 +20,14 @@ void BuilderApp::runCommand(int item, int sub) {
     case kItemBuildSidebar:
     case kItemBuildPage:
         startBuild();
+        break;
+    case kItemPreviewPanel:
+    case kItemPreviewResult:
+        previewPatcher();
+        break;
+    case kItemChooseZip:
+    case kItemChooseFolder:
+        chooseSkin(item == kItemChooseFolder);
         break;
     case kItemLinkPagePrev:
     case kItemLinkPageNext: {
@@ -54,6 +62,12 @@ void BuilderApp::runCommand(int item, int sub) {
         InvalidateRect(hwnd_, nullptr, FALSE);
         break;
     }
+    case kItemChooseIcon:
+        chooseIcon();
+        break;
+    case kItemRemoveIcon:
+        removeIcon();
+        break;
     case kItemChooseOutput:
         if (chooseOutputFile()) {
             saveSession();
@@ -65,6 +79,17 @@ void BuilderApp::runCommand(int item, int sub) {
         enableSigningFields();
         saveSession();
         InvalidateRect(hwnd_, nullptr, FALSE);
+        break;
+    case kItemChooseCertificate:
+        chooseCertificate();
+        break;
+    case kItemShowInFolder:
+        showOutputInFolder();
+        break;
+    case kItemCopyCrc:
+    case kItemCopyLog:
+    case kItemCopySelfUpdate:
+        copyResultText(item);
         break;
     default:
         break;

@@ -1,10 +1,11 @@
-// The working skin as the window shows it: loading a source into the fields, the summary of the Kaynak page,
-// and the hooks of the session file and the live preview.
+// The working skin as the window shows it: loading a source into the fields, dropped files, and the summary
+// of the Kaynak page.
 
 #include "ui/win32/app.h"
 
 #include "core/files.h"
 #include "core/text.h"
+#include "ui/drops.h"
 #include "ui/readiness.h"
 
 namespace nv::ui::win {
@@ -67,22 +68,19 @@ void BuilderApp::dropFiles(HDROP drop) {
         if (DragQueryFileW(drop, i, path, 261)) paths.emplace_back(path);
     }
     DragFinish(drop);
-    if (paths.empty() || building()) return;
-    for (const std::wstring& path : paths) {
-        if (folderExists(path) || endsWithIgnoreCase(std::wstring_view(path), std::wstring_view(L".zip"))) {
-            loadSkin(path, false);
-            return;
-        }
+    const DropPlan plan = planDrop(paths, building());
+    if (plan.action == DropPlan::Action::Ignore) return;
+    if (plan.action == DropPlan::Action::LoadSource) {
+        loadSkin(plan.source, false);
+        return;
     }
     const bool wasLoaded = workspace_.loaded;
     copyFieldsToSettings();
-    int added = 0;
-    std::wstring note;
-    workspace_.addDroppedFiles(paths, added, note);
-    appendLog(L"Pakete eklenen/değiştirilen dosya: " + std::to_wstring(added), 0);
-    if (!note.empty()) appendLog(L"Not: " + note, 2);
-    if (!workspace_.loaded) {
-        setStatus(L"Henüz skin.xml yok; önce geçerli bir skin .zip ya da klasörü bırakın.", false);
+    const DropReport report = addDroppedFiles(workspace_, paths);
+    for (const ReportLine& line : report.log)
+        appendLog(line.text, line.level);
+    if (!report.skinLoaded) {
+        setStatus(report.status, false);
         return;
     }
     skinLoaded_ = true;
@@ -94,7 +92,7 @@ void BuilderApp::dropFiles(HDROP drop) {
     }
     updateSkinSummary();
     refreshPreview();
-    setStatus(std::to_wstring(added) + L" dosya pakete eklendi.", false);
+    setStatus(report.status, false);
     saveSession();
     relayout();
 }
@@ -118,37 +116,6 @@ void BuilderApp::updateSkinSummary() {
             summary_.newsAreas.push_back(utf8ToWide(control.id) + L"  •  " + std::to_wstring(control.width) +
                                          L" × " + std::to_wstring(control.height) + L" px  •  skin.xml'den");
     }
-}
-
-// Where the session file ("olusturucu.ini") is saved: on every accepted close, when an edit field loses the
-// focus and after every command that changes a setting. The file's writer plugs in below the guard; a
-// snapshot run must never touch it.
-void BuilderApp::saveSession() {
-    if (commandLine_.snapshot) return;
-}
-
-// Where the last session is restored, once, while the window is created (after the fields exist, before the
-// first section is chosen). The fields keep their defaults until the session file's reader fills them.
-void BuilderApp::restoreSession() {
-    enableSigningFields();
-}
-
-// The live preview is drawn here from the working skin: after a skin loads, after dropped images join it,
-// after the session is restored and when an address, the title, the segment size or a link field loses the
-// focus. Until the renderer has drawn the skin the panel says it is waiting.
-void BuilderApp::refreshPreview() {
-    copyFieldsToSettings();
-    setPreviewPixels(0, 0, {});
-    InvalidateRect(hwnd_, nullptr, FALSE);
-}
-
-void BuilderApp::setPreviewPixels(int width, int height, std::vector<uint32_t> pixels) {
-    const bool valid = width > 0 && height > 0 && pixels.size() == size_t(width) * size_t(height);
-    previewRendered_ = valid;
-    previewWidth_ = valid ? width : 0;
-    previewHeight_ = valid ? height : 0;
-    previewPixels_ = valid ? std::move(pixels) : std::vector<uint32_t>();
-    InvalidateRect(hwnd_, nullptr, FALSE);
 }
 
 } // namespace nv::ui::win
