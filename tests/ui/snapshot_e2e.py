@@ -130,7 +130,9 @@ def configure(wine, scratch, dpi):
     with open(reg, "w", encoding="utf-16") as f:
         f.write("Windows Registry Editor Version 5.00\r\n\r\n"
                 "[HKEY_CURRENT_USER\\Software\\Wine\\Fonts\\Replacements]\r\n"
-                "\"Segoe UI\"=\"Inter\"\r\n\"Consolas\"=\"DejaVu Sans Mono\"\r\n\r\n"
+                "\"Segoe UI\"=\"Inter\"\r\n\"Consolas\"=\"DejaVu Sans Mono\"\r\n"
+                # the face that skins name by default, for the live preview's texts
+                "\"Tahoma\"=\"DejaVu Sans\"\r\n\r\n"
                 "[HKEY_CURRENT_USER\\Control Panel\\Desktop]\r\n"
                 f"\"LogPixels\"=dword:{dpi:08x}\r\n\r\n"
                 "[HKEY_CURRENT_CONFIG\\Software\\Fonts]\r\n"

@@ -75,6 +75,8 @@ public:
     const WindowLayout& layout() const { return layout_; }
     bool lastBuildSucceeded() const { return lastFinished_ && lastSucceeded_; }
     const BuildResult& lastResult() const { return lastResult_; }
+    bool previewShown() const { return previewRendered_; }
+    bool hasIcon() const { return !iconBytes_.empty(); }
 
     // --- Operations the sections, commands and the build use ----------------------------------------------
     void setStatus(const std::wstring& text, bool warning);
@@ -116,6 +118,8 @@ public:
     void setIcon(const std::wstring& path, bool quiet);
     // CF_UNICODETEXT on the clipboard; false when the clipboard could not be opened or set.
     bool copyToClipboard(const std::wstring& text);
+    // A chosen certificate: into its field, signing switched on when it is off, the session written.
+    void useCertificate(const std::wstring& path);
     // Pixels for the preview panel (premultiplied ARGB, rows from the top); an empty vector clears it.
     void setPreviewPixels(int width, int height, std::vector<uint32_t> pixels);
 

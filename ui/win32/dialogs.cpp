@@ -137,10 +137,13 @@ void BuilderApp::removeIcon() {
 
 void BuilderApp::chooseCertificate() {
     std::wstring path;
-    if (!chooseOpenFile(hwnd_, L"Kod imzalama sertifikası",
-                        filter({L"Sertifika (*.pfx;*.p12)", L"*.pfx;*.p12", L"Tüm dosyalar (*.*)", L"*.*"}),
-                        path))
-        return;
+    if (chooseOpenFile(hwnd_, L"Kod imzalama sertifikası",
+                       filter({L"Sertifika (*.pfx;*.p12)", L"*.pfx;*.p12", L"Tüm dosyalar (*.*)", L"*.*"}),
+                       path))
+        useCertificate(path);
+}
+
+void BuilderApp::useCertificate(const std::wstring& path) {
     setFieldText(kFieldPfx, path);
     // Choosing a certificate means signing is wanted.
     if (!signing_) runCommand(kItemToggleSigning, 0);

@@ -61,6 +61,7 @@ protected:
     static void SetUpTestSuite() {
         DeleteFileW(templatePath().c_str());
         app_ = new BuilderApp;
+        app_->setSessionPath(L""); // a fresh window every run, whatever earlier runs left behind
         created_ = app_->createWindow();
     }
     static void TearDownTestSuite() {

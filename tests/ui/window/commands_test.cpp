@@ -1,0 +1,310 @@
+// The window's commands in this process, under Wine's display: the clipboard read back through its API, the
+// preview patcher started with "--preview", icon and certificate, drops, the live preview's refresh events
+// and the session file written and restored.
+
+#include "core/crc32.h"
+#include "core/files.h"
+#include "core/paths.h"
+#include "core/text.h"
+#include "tests/support/image_files.h"
+#include "tests/support/test_support.h"
+#include "ui/win32/app.h"
+
+#include <shlobj.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+namespace nv::ui::win {
+namespace {
+
+std::wstring samplePath() {
+    return pathJoin(test::testDataDir(), L"gece-mavisi");
+}
+
+std::wstring clipboardText() {
+    if (!OpenClipboard(nullptr)) return L"<kapalı>";
+    std::wstring text;
+    if (HANDLE data = GetClipboardData(CF_UNICODETEXT)) {
+        if (const auto* chars = static_cast<const wchar_t*>(GlobalLock(data))) {
+            text = chars;
+            GlobalUnlock(data);
+        }
+    }
+    CloseClipboard();
+    return text;
+}
+
+// A drop as the shell hands it to the window: DROPFILES followed by the wide paths, each ended by a zero, and
+// a last zero. The window's DragFinish frees it.
+HDROP makeDrop(const std::vector<std::wstring>& paths) {
+    size_t chars = 1;
+    for (const std::wstring& p : paths)
+        chars += p.size() + 1;
+    HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, sizeof(DROPFILES) + chars * sizeof(wchar_t));
+    auto* header = static_cast<DROPFILES*>(GlobalLock(block));
+    header->pFiles = sizeof(DROPFILES);
+    header->fWide = TRUE;
+    auto* out = reinterpret_cast<wchar_t*>(reinterpret_cast<BYTE*>(header) + sizeof(DROPFILES));
+    for (const std::wstring& p : paths) {
+        std::memcpy(out, p.c_str(), (p.size() + 1) * sizeof(wchar_t));
+        out += p.size() + 1;
+    }
+    GlobalUnlock(block);
+    return static_cast<HDROP>(block);
+}
+
+std::wstring tempFolderFile(const wchar_t* name) {
+    wchar_t temp[MAX_PATH + 1] = {};
+    GetTempPathW(MAX_PATH + 1, temp);
+    return pathJoin(temp, name);
+}
+
+class BuilderCommands : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        app_ = new BuilderApp;
+        app_->setSessionPath(L"");
+        created_ = app_->createWindow();
+    }
+    static void TearDownTestSuite() {
+        delete app_;
+        app_ = nullptr;
+        DeleteFileW(templatePath().c_str());
+    }
+    void SetUp() override {
+        ASSERT_TRUE(created_);
+        ASSERT_TRUE(IsWindow(app_->hwnd()));
+        DeleteFileW(templatePath().c_str());
+        app_->setSessionPath(L"");
+        setSigning(false);
+    }
+    static std::wstring templatePath() { return pathJoin(exeFolder(), L"Norvane.Template.exe"); }
+    void loadSample() { ASSERT_TRUE(app_->loadSkin(samplePath(), false)) << test::fsPath(app_->status()); }
+    void setSigning(bool on) {
+        if (app_->signing() != on) app_->runCommand(kItemToggleSigning, 0);
+    }
+    void leaveField(int id) {
+        SendMessageW(app_->hwnd(), WM_COMMAND, MAKEWPARAM(id, EN_KILLFOCUS),
+                     reinterpret_cast<LPARAM>(app_->fieldWindow(id)));
+    }
+
+    static BuilderApp* app_;
+    static bool created_;
+};
+BuilderApp* BuilderCommands::app_ = nullptr;
+bool BuilderCommands::created_ = false;
+
+TEST_F(BuilderCommands, ClipboardCarriesTheLastBuild) {
+    // Before any build there is no CRC to copy: the clipboard and the status stay.
+    app_->copyToClipboard(L"önceki");
+    const std::wstring status = app_->status();
+    app_->runCommand(kItemCopyCrc, 0);
+    app_->runCommand(kItemCopySelfUpdate, 0);
+    EXPECT_EQ(clipboardText(), L"önceki");
+    EXPECT_EQ(app_->status(), status);
+
+    // Any executable takes the resources; this test program stands in for the template.
+    ASSERT_TRUE(CopyFileW(exePath().c_str(), templatePath().c_str(), FALSE));
+    loadSample();
+    test::TempDir dir;
+    const std::wstring output = dir.file(L"Kaldra.exe");
+    app_->setFieldText(kFieldOutPath, output);
+    app_->buildNow();
+    ASSERT_TRUE(app_->lastBuildSucceeded()) << test::fsPath(app_->lastResult().message);
+    const Bytes built = test::readFile(output);
+    wchar_t crc[16];
+    swprintf(crc, 16, L"%08X", Crc32::of(built.data(), built.size()));
+
+    const struct {
+        int item;
+        std::wstring text;
+        const wchar_t* status;
+    } cases[] = {
+        {kItemCopyCrc, crc, L"CRC32 panoya kopyalandı."},
+        {kItemCopySelfUpdate, std::wstring(L"nv_patcher_crc32=") + crc,
+         L"Kendini güncelleme satırı panoya kopyalandı."},
+        {kItemCopyLog, app_->buildLog().plainText(), L"Günlük panoya kopyalandı."},
+    };
+    for (const auto& c : cases) {
+        app_->runCommand(c.item, 0);
+        EXPECT_EQ(clipboardText(), c.text) << c.item;
+        EXPECT_EQ(app_->status(), c.status);
+        EXPECT_FALSE(app_->statusWarning());
+    }
+    EXPECT_NE(clipboardText().find(L"\r\n"), std::wstring::npos) << "one line each";
+    EXPECT_NE(clipboardText().find(L"Tamamlandı → " + output), std::wstring::npos);
+}
+
+TEST_F(BuilderCommands, PreviewPatcherStartsWithPreviewAndPutsEverythingBack) {
+    const std::wstring preview = tempFolderFile(L"NorvanePreview.exe");
+    const std::wstring started = preview + L".args";
+    DeleteFileW(preview.c_str());
+    DeleteFileW(started.c_str());
+
+    app_->loadSkin(L"Z:\\yok\\skin.zip", false);
+    app_->runCommand(kItemPreviewPanel, 0);
+    EXPECT_EQ(app_->status(), L"Önce bir skin yükleyin.");
+    EXPECT_TRUE(app_->statusWarning());
+    loadSample();
+    app_->runCommand(kItemPreviewPanel, 0);
+    EXPECT_EQ(app_->status(), L"Patcher şablonu yok — build.bat ile derleyin.");
+    EXPECT_TRUE(app_->statusWarning());
+
+    ASSERT_TRUE(
+        CopyFileW(pathJoin(exeFolder(), L"preview_probe.exe").c_str(), templatePath().c_str(), FALSE));
+    setSigning(true); // no certificate: a signed build would fail, the preview is built unsigned
+    app_->setFieldText(kFieldOutPath, L"C:\\oyun\\Kaldra.exe");
+    const size_t logLines = app_->buildLog().size();
+    app_->runCommand(kItemPreviewResult, 0);
+    EXPECT_EQ(app_->status(), L"Patcher önizlemesi açıldı (ağ ve disk işlemi yapılmaz).");
+    EXPECT_FALSE(app_->statusWarning());
+    EXPECT_TRUE(app_->signing());
+    EXPECT_EQ(app_->fieldText(kFieldOutPath), L"C:\\oyun\\Kaldra.exe");
+    EXPECT_EQ(app_->buildLog().size(), logLines) << "a preview logs only its failure";
+
+    // The started process wrote down how it was started.
+    Bytes note;
+    for (int i = 0; i < 500 && !readFileBytes(started, note, 4096); ++i)
+        Sleep(20);
+    const std::wstring text(reinterpret_cast<const wchar_t*>(note.data()), note.size() / sizeof(wchar_t));
+    const size_t lineEnd = text.find(L'\n');
+    ASSERT_NE(lineEnd, std::wstring::npos) << "the preview patcher did not start";
+    EXPECT_EQ(text.substr(lineEnd + 1), L"--preview\n");
+    const DWORD pid = static_cast<DWORD>(std::stoul(text.substr(0, lineEnd)));
+
+    // It is still open, holding its file: the next preview cannot replace it.
+    app_->runCommand(kItemPreviewPanel, 0);
+    EXPECT_EQ(app_->status().rfind(L"Önizleme açılamadı: Çıktı dosyası kullanımda", 0), 0u)
+        << test::fsPath(app_->status());
+    EXPECT_TRUE(app_->statusWarning());
+    ASSERT_EQ(app_->buildLog().size(), logLines + 1);
+    EXPECT_EQ(app_->buildLog().lines().back().text.rfind(L"Önizleme hatası: ", 0), 0u);
+    EXPECT_EQ(app_->buildLog().lines().back().level, 3);
+    EXPECT_TRUE(app_->signing());
+    EXPECT_EQ(app_->fieldText(kFieldOutPath), L"C:\\oyun\\Kaldra.exe");
+
+    if (HANDLE process = OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, pid)) {
+        TerminateProcess(process, 0);
+        WaitForSingleObject(process, 5000);
+        CloseHandle(process);
+    }
+    DeleteFileW(started.c_str());
+    DeleteFileW(preview.c_str());
+}
+
+TEST_F(BuilderCommands, IconAndCertificate) {
+    test::TempDir dir;
+    const std::wstring picture = dir.file(L"simge.png");
+    const std::wstring broken = dir.file(L"bozuk.png");
+    test::writeFile(picture, test::makePng(40, 20, 0xFF2080C0));
+    test::writeFile(broken, "PNG değil");
+
+    app_->setIcon(picture, false);
+    EXPECT_EQ(app_->status(), L"Simge ayarlandı: simge.png");
+    EXPECT_TRUE(app_->hasIcon());
+    app_->setIcon(broken, false);
+    EXPECT_EQ(app_->status().rfind(L"Simge dönüştürülemedi: ", 0), 0u);
+    EXPECT_TRUE(app_->statusWarning());
+    EXPECT_TRUE(app_->hasIcon()) << "a failed choice keeps the icon";
+    app_->runCommand(kItemRemoveIcon, 0);
+    EXPECT_EQ(app_->status(), L"Simge kaldırıldı — şablonun simgesi kullanılacak.");
+    EXPECT_FALSE(app_->hasIcon());
+
+    // A certificate chosen with signing off switches signing on and opens its fields.
+    app_->useCertificate(L"C:\\sertifika.pfx");
+    EXPECT_TRUE(app_->signing());
+    EXPECT_EQ(app_->fieldText(kFieldPfx), L"C:\\sertifika.pfx");
+    EXPECT_TRUE(IsWindowEnabled(app_->fieldWindow(kFieldPassword)));
+    app_->useCertificate(L"C:\\ikinci.pfx");
+    EXPECT_TRUE(app_->signing()) << "a second certificate does not flip signing off";
+}
+
+TEST_F(BuilderCommands, DropsLoadTheFirstSourceAndAreIgnoredWhileBuilding) {
+    test::TempDir dir;
+    const std::wstring picture = dir.file(L"btn_site_up.png");
+    test::writeFile(picture, test::makePng(10, 10, 0xFFFF0000));
+    const std::wstring zip = pathJoin(test::testDataDir(), L"zips\\infozip_deflate.zip");
+
+    app_->loadSkin(L"Z:\\yok\\skin.zip", false);
+    app_->setBuilding(true);
+    app_->dropFiles(makeDrop({zip}));
+    EXPECT_FALSE(app_->skinLoaded());
+    app_->setBuilding(false);
+
+    app_->dropFiles(makeDrop({picture, zip}));
+    EXPECT_TRUE(app_->skinLoaded());
+    EXPECT_EQ(app_->status(), L"infozip_deflate.zip yüklendi");
+
+    loadSample();
+    app_->dropFiles(makeDrop({picture}));
+    EXPECT_EQ(app_->status(), L"1 dosya pakete eklendi.");
+    EXPECT_EQ(app_->buildLog().lines().back().text, L"Pakete eklenen/değiştirilen dosya: 1");
+    EXPECT_TRUE(app_->previewShown());
+}
+
+TEST_F(BuilderCommands, ThePreviewFollowsTheFieldsThatShapeIt) {
+    loadSample();
+    EXPECT_TRUE(app_->previewShown());
+    const struct {
+        int field;
+        bool refreshes;
+    } cases[] = {{kFieldRunArgs, false}, {kFieldOutName, false}, {kFieldConfigUrl, true},
+                 {kFieldTitle, true},    {kFieldSegment, true},  {kFieldLinkFirst, true}};
+    for (const auto& c : cases) {
+        app_->setPreviewPixels(0, 0, {});
+        leaveField(c.field);
+        EXPECT_EQ(app_->previewShown(), c.refreshes) << c.field;
+    }
+}
+
+TEST_F(BuilderCommands, SessionWrittenWithoutThePasswordAndRestored) {
+    test::TempDir dir;
+    const std::wstring file = dir.file(L"Norvane\\olusturucu.ini");
+    app_->setSessionPath(file);
+    loadSample();
+    app_->setFieldText(kFieldPassword, L"gizli-parola-42");
+    app_->setFieldText(kFieldProduct, L"Ürün A");
+    leaveField(kFieldProduct);
+    std::string text = test::textOf(test::readFile(file));
+    EXPECT_EQ(text.rfind("; Norvane Olusturucu - son oturum (parola kaydedilmez)\r\nskin=", 0), 0u);
+    EXPECT_NE(text.find("\r\nv_product=\xC3\x9Cr\xC3\xBCn A\r\n"), std::string::npos);
+    EXPECT_NE(text.find("\r\nlink.3.URL_SITE=https://www.kaldra.example/\r\n"), std::string::npos);
+    EXPECT_EQ(text.find("gizli-parola-42"), std::string::npos);
+    app_->runCommand(kItemConnectionChip, 5);
+    EXPECT_NE(test::textOf(test::readFile(file)).find("\r\nconn=5\r\n"), std::string::npos);
+
+    const std::string session = "; Norvane Olusturucu - son oturum (parola kaydedilmez)\r\n"
+                                "skin=" +
+                                wideToUtf8(samplePath()) +
+                                "\r\n"
+                                "config_url=https://oturum.example/config.xml\r\n"
+                                "conn=12\r\nclose_on_start=true\r\nauto_start=1\r\n"
+                                "link.3.URL_SITE=https://site.oturum.example/\r\n"
+                                "v_company=Oturum A.\xC5\x9E.\r\nsign=1\r\n";
+    test::writeFile(file, session);
+    app_->setFieldText(kFieldCompany, L"");
+    app_->restoreSession();
+    EXPECT_EQ(app_->fieldText(kFieldConfigUrl), L"https://oturum.example/config.xml");
+    EXPECT_EQ(app_->connections(), 6) << "12 is no count: the skin's stays";
+    EXPECT_FALSE(app_->toggle(0)) << "only 1 is on";
+    EXPECT_TRUE(app_->toggle(1));
+    EXPECT_EQ(app_->fieldText(kFieldLinkFirst + 1), L"https://site.oturum.example/");
+    EXPECT_EQ(app_->fieldText(kFieldCompany), L"Oturum A.Ş.");
+    EXPECT_TRUE(app_->signing());
+    EXPECT_TRUE(IsWindowEnabled(app_->fieldWindow(kFieldPassword)));
+    EXPECT_EQ(app_->status(), L"Son oturum geri yüklendi — gece-mavisi");
+    EXPECT_TRUE(app_->previewShown());
+    EXPECT_EQ(test::textOf(test::readFile(file)), session) << "restoring writes nothing";
+
+    // The window's accepted close writes the session, as the last thing this window does.
+    DeleteFileW(file.c_str());
+    SendMessageW(app_->hwnd(), WM_CLOSE, 0, 0);
+    EXPECT_FALSE(IsWindow(app_->hwnd()));
+    EXPECT_NE(test::textOf(test::readFile(file)).find("\r\nlink.3.URL_SITE=https://site.oturum.example/\r\n"),
+              std::string::npos);
+}
+
+} // namespace
+} // namespace nv::ui::win
