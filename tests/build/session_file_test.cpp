@@ -167,6 +167,7 @@ TEST(SessionFile, RoundTripThroughAFileAndASkin) {
     saved.links = {{1, "URL_SITE", L"https://site.example/"},
                    {2, "URL_FORUM", L"https://yeni.example/?a=1&b=2"}};
 
+    EXPECT_FALSE(writeSessionFile(sessionFilePath(L""), saved)) << "no application-data folder, no file";
     const std::wstring path = sessionFilePath(dir.file(L"AppData"));
     ASSERT_TRUE(writeSessionFile(path, saved));
     EXPECT_FALSE(fileExists(path + L".nvtmp"));
@@ -203,24 +204,6 @@ TEST(SessionFile, SkinValuesStandWhenTheSessionLeavesThemOut) {
     EXPECT_EQ(values.title, L"Skin");
     EXPECT_EQ(values.connections, 2);
     EXPECT_EQ(values.segmentMb, 8);
-}
-
-TEST(SessionFile, NoPlaceNoFile) {
-    test::TempDir dir;
-    EXPECT_EQ(sessionFilePath(L""), L"");
-    EXPECT_FALSE(writeSessionFile(L"", SessionValues{}));
-    SessionMap map{{"x", L"y"}};
-    EXPECT_FALSE(readSessionFile(dir.file(L"yok.ini"), map));
-    EXPECT_TRUE(map.empty());
-}
-
-TEST(SessionFile, SegmentText) {
-    const struct {
-        const wchar_t* text;
-        int mb;
-    } cases[] = {{L" 12 ", 12}, {L"abc", 4}, {L"", 4}, {L"0", 1}, {L"65", 64}, {L"-3", 1}};
-    for (const auto& c : cases)
-        EXPECT_EQ(segmentFromText(c.text), c.mb) << wideToUtf8(c.text);
 }
 
 } // namespace

@@ -87,17 +87,5 @@ TEST(Drops, PicturesWithNothingLoadedWaitForASkin) {
     EXPECT_EQ(report.log[1].level, 2);
 }
 
-TEST(Drops, ASkinXmlAmongTheFilesMakesASkin) {
-    test::TempDir dir;
-    const std::wstring folder = writeSkin(dir);
-    SkinWorkspace ws;
-    const DropReport report =
-        addDroppedFiles(ws, {pathJoin(folder, L"skin.xml"), pathJoin(folder, L"Fernwick.url.xml"),
-                             pathJoin(folder, L"main.png")});
-    EXPECT_TRUE(report.skinLoaded);
-    EXPECT_EQ(report.status, L"3 dosya pakete eklendi.");
-    EXPECT_EQ(ws.sourceLabel, L"(bırakılan dosyalar)");
-}
-
 } // namespace
 } // namespace nv::ui

@@ -64,6 +64,10 @@ private:
 void BuilderApp::saveSession() {
     // Snapshot runs leave the operator's session alone.
     if (commandLine_.snapshot) return;
+    // An edit field that loses the focus while the window is being torn down reports it after some fields are
+    // gone; the accepted close has written the session already, and half-empty fields must not replace it.
+    for (const FieldRecord& field : fields_)
+        if (!IsWindow(field.hwnd)) return;
     // Read straight from the fields: a build may be reading the working skin on its own thread right now.
     SessionValues v;
     if (skinLoaded_ && skinSource_ != kDroppedFilesLabel) v.skin = skinSource_;

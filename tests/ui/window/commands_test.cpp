@@ -14,7 +14,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <cwchar>
 
 namespace nv::ui::win {
 namespace {
@@ -95,6 +97,87 @@ protected:
 };
 BuilderApp* BuilderCommands::app_ = nullptr;
 bool BuilderCommands::created_ = false;
+
+// What the dialog-closing timer saw of the dialog it cancelled.
+struct SeenDialog {
+    HWND owner = nullptr;
+    std::wstring title;
+    std::vector<std::wstring> choices; // the items of its combo boxes (the file types among them)
+    bool seen = false;
+};
+SeenDialog seenDialog;
+
+BOOL CALLBACK collectComboItems(HWND child, LPARAM) {
+    wchar_t className[32] = {};
+    GetClassNameW(child, className, 32);
+    if (lstrcmpiW(className, L"ComboBox") != 0) return TRUE;
+    const LRESULT count = SendMessageW(child, CB_GETCOUNT, 0, 0);
+    for (LRESULT i = 0; i < count; ++i) {
+        std::wstring text(static_cast<size_t>(SendMessageW(child, CB_GETLBTEXTLEN, i, 0)) + 1, L'\0');
+        SendMessageW(child, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(text.data()));
+        seenDialog.choices.push_back(text.c_str());
+    }
+    return TRUE;
+}
+
+BOOL CALLBACK cancelDialog(HWND window, LPARAM) {
+    wchar_t className[16] = {};
+    GetClassNameW(window, className, 16);
+    if (!IsWindowVisible(window) || std::wcscmp(className, L"#32770") != 0) return TRUE;
+    seenDialog.seen = true;
+    seenDialog.owner = GetWindow(window, GW_OWNER);
+    wchar_t title[256] = {};
+    GetWindowTextW(window, title, 256);
+    seenDialog.title = title;
+    EnumChildWindows(window, collectComboItems, 0);
+    PostMessageW(window, WM_COMMAND, IDCANCEL, 0);
+    return FALSE;
+}
+
+// Runs on the dialog's own message loop: the first visible dialog of this thread is looked at and cancelled.
+void CALLBACK closeDialogTimer(HWND, UINT, UINT_PTR id, DWORD) {
+    EnumThreadWindows(GetCurrentThreadId(), cancelDialog, 0);
+    if (seenDialog.seen) KillTimer(nullptr, id);
+}
+
+TEST_F(BuilderCommands, DialogsAreModalTitledAndCancellingChangesNothing) {
+    loadSample();
+    app_->setFieldText(kFieldOutPath, L"C:\\oyun\\Kaldra.exe");
+    const struct {
+        int item;
+        const wchar_t* title;
+        std::vector<std::wstring> types;
+    } cases[] = {
+        {kItemChooseZip, L"Skin .zip dosyası seçin", {L"Skin paketi (*.zip)", L"Tüm dosyalar (*.*)"}},
+        {kItemChooseFolder, L"Skin klasörünü seçin", {}},
+        {kItemChooseIcon,
+         L"Simge seçin",
+         {L"Simge ve görsel (*.ico;*.png;*.jpg;*.bmp)", L"Tüm dosyalar (*.*)"}},
+        {kItemChooseCertificate,
+         L"Kod imzalama sertifikası",
+         {L"Sertifika (*.pfx;*.p12)", L"Tüm dosyalar (*.*)"}},
+    };
+    for (const auto& c : cases) {
+        const std::wstring status = app_->status();
+        seenDialog = SeenDialog{};
+        const UINT_PTR timer = SetTimer(nullptr, 0, 100, closeDialogTimer);
+        app_->runCommand(c.item, 0);
+        KillTimer(nullptr, timer);
+        ASSERT_TRUE(seenDialog.seen) << c.item;
+        EXPECT_EQ(seenDialog.title, c.title);
+        EXPECT_EQ(seenDialog.owner, app_->hwnd()) << "modal to the main window";
+        for (const std::wstring& type : c.types)
+            EXPECT_NE(std::find(seenDialog.choices.begin(), seenDialog.choices.end(), type),
+                      seenDialog.choices.end())
+                << test::fsPath(type);
+        EXPECT_EQ(app_->status(), status) << c.item;
+        EXPECT_TRUE(app_->skinLoaded());
+        EXPECT_EQ(app_->fieldText(kFieldOutPath), L"C:\\oyun\\Kaldra.exe");
+        EXPECT_TRUE(app_->fieldText(kFieldPfx).empty());
+        EXPECT_FALSE(app_->signing());
+        EXPECT_FALSE(app_->hasIcon());
+    }
+}
 
 TEST_F(BuilderCommands, ClipboardCarriesTheLastBuild) {
     // Before any build there is no CRC to copy: the clipboard and the status stay.
@@ -298,12 +381,17 @@ TEST_F(BuilderCommands, SessionWrittenWithoutThePasswordAndRestored) {
     EXPECT_TRUE(app_->previewShown());
     EXPECT_EQ(test::textOf(test::readFile(file)), session) << "restoring writes nothing";
 
-    // The window's accepted close writes the session, as the last thing this window does.
+    // The window's accepted close writes the session, as the last thing this window does; the field that has
+    // the focus then goes down with the window and must not empty the file.
     DeleteFileW(file.c_str());
+    app_->runCommand(kItemSection, kBaglantilar);
+    SetFocus(app_->fieldWindow(kFieldConfigUrl));
+    ASSERT_EQ(GetFocus(), app_->fieldWindow(kFieldConfigUrl));
     SendMessageW(app_->hwnd(), WM_CLOSE, 0, 0);
     EXPECT_FALSE(IsWindow(app_->hwnd()));
-    EXPECT_NE(test::textOf(test::readFile(file)).find("\r\nlink.3.URL_SITE=https://site.oturum.example/\r\n"),
-              std::string::npos);
+    text = test::textOf(test::readFile(file));
+    EXPECT_NE(text.find("\r\nconfig_url=https://oturum.example/config.xml\r\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("\r\nlink.3.URL_SITE=https://site.oturum.example/\r\n"), std::string::npos);
 }
 
 } // namespace
