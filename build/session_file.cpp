@@ -188,7 +188,10 @@ void SessionValuesTarget::setText(std::string_view key, const std::wstring& text
 }
 
 void SessionValuesTarget::loadSkin(const std::wstring& path) {
-    if (!workspace_.loadSkinSource(path, loadMessage_)) return;
+    if (workspace_.loadSkinSource(path, loadMessage_)) takeSkinValues(path);
+}
+
+void SessionValuesTarget::takeSkinValues(const std::wstring& path) {
     values_.skin = path;
     values_.configUrl = workspace_.serverAddress;
     values_.iframeUrl = workspace_.newsAddress;

@@ -6,6 +6,7 @@
 // key.
 
 #include "build/build_job.h"
+#include "build/signing.h"
 #include "skin/workspace.h"
 
 #include <map>
@@ -19,7 +20,6 @@ constexpr const wchar_t* kSessionFolderName = L"Norvane";
 constexpr const wchar_t* kSessionFileName = L"olusturucu.ini";
 constexpr const wchar_t* kDefaultOutputName = L"Kaldra.exe";
 constexpr const wchar_t* kDefaultVersionText = L"1.0.0.0";
-constexpr const wchar_t* kDefaultTimestampServer = L"http://timestamp.digicert.com";
 
 // One remembered button link: the button's place among the skin's buttons, its id as written in skin.xml and
 // the address.
@@ -113,6 +113,7 @@ public:
 
     void setText(std::string_view key, const std::wstring& text) override;
     void setIcon(const std::wstring& path) override { values_.icon = path; }
+    // A folder or a .zip, as the window loads them.
     void loadSkin(const std::wstring& path) override;
     const std::vector<ButtonLink>& buttons() const override { return workspace_.buttonLinks; }
     void setLink(size_t index, const std::wstring& address) override;
@@ -123,7 +124,10 @@ public:
     bool skinLoaded() const { return workspace_.loaded; }
     const std::wstring& loadMessage() const { return loadMessage_; }
 
-private:
+protected:
+    // After a successful load: the skin's own values fill the fields, as they do in the window.
+    void takeSkinValues(const std::wstring& path);
+
     SessionValues& values_;
     SkinWorkspace& workspace_;
     std::wstring loadMessage_;

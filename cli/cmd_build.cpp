@@ -6,6 +6,7 @@
 #include "build/signing.h"
 #include "cli/nvbuild.h"
 #include "cli/skin_edits.h"
+#include "cli/session_recipe.h"
 #include "cli/skin_input.h"
 #include "core/crc32.h"
 #include "core/files.h"
@@ -43,41 +44,69 @@ std::wstring text(const Invocation& invocation, std::wstring_view option) {
     return value ? *value : std::wstring();
 }
 
+// Each of these options, when given, replaces what a session file says.
+void overrideText(const Invocation& invocation, std::wstring_view option, std::wstring& target) {
+    if (const std::wstring* value = invocation.value(option)) target = *value;
+}
+
 int commandBuild(const Invocation& invocation, Console& console) {
     SkinEdits edits;
     std::wstring error;
     if (!readSkinEdits(invocation, edits, error)) return invocation.usageError(console, error);
-    if (!invocation.has(L"--out")) return invocation.usageError(console, L"Eksik seçenek: --out");
+    const std::wstring* sessionFile = invocation.value(L"--session");
+    if (!sessionFile && !invocation.has(L"--out"))
+        return invocation.usageError(console, L"Eksik seçenek: --out");
+
+    // With a session file its fields come first, as the builder restores them; every option given on the
+    // command line then wins over them.
+    SkinWorkspace workspace;
+    SessionValues session;
+    std::wstring message, note;
+    const std::wstring source = invocation.arguments.empty() ? std::wstring() : invocation.arguments[0];
+    if (sessionFile && !readSessionRecipe(*sessionFile, source, workspace, session, message, note))
+        return failed(console, message);
 
     BuildInputs inputs;
-    inputs.outputPath = text(invocation, L"--out");
+    if (sessionFile) {
+        copySessionToWorkspace(session, workspace);
+        inputs = sessionBuildInputs(session, std::wstring(), Bytes());
+    } else {
+        inputs.signing.timestampUrl = kDefaultTimestampServer;
+    }
+    overrideText(invocation, L"--out", inputs.outputPath);
+    if (inputs.outputPath.empty()) return invocation.usageError(console, L"Eksik seçenek: --out");
     inputs.templatePath = invocation.has(L"--template") ? text(invocation, L"--template")
                                                         : pathJoin(exeFolder(), L"Norvane.Template.exe");
-    inputs.version = {text(invocation, L"--product"),     text(invocation, L"--company"),
-                      text(invocation, L"--description"), text(invocation, L"--version"),
-                      text(invocation, L"--copyright"),   text(invocation, L"--original-name")};
+    VersionInfoFields& version = inputs.version;
+    overrideText(invocation, L"--product", version.productName);
+    overrideText(invocation, L"--company", version.companyName);
+    overrideText(invocation, L"--description", version.fileDescription);
+    overrideText(invocation, L"--version", version.versionText);
+    overrideText(invocation, L"--copyright", version.legalCopyright);
+    overrideText(invocation, L"--original-name", version.originalFilename);
     SigningOptions& signing = inputs.signing;
-    signing.enabled = invocation.has(L"--sign-pfx");
-    signing.pfxPath = text(invocation, L"--sign-pfx");
-    signing.timestampUrl =
-        invocation.has(L"--sign-ts") ? text(invocation, L"--sign-ts") : kDefaultTimestampServer;
+    if (invocation.has(L"--sign-pfx")) signing.enabled = true;
+    overrideText(invocation, L"--sign-pfx", signing.pfxPath);
+    overrideText(invocation, L"--sign-ts", signing.timestampUrl);
     signing.signtoolPath = text(invocation, L"--signtool");
     if (const std::wstring* variable = invocation.value(L"--sign-password-env")) {
         if (!passwordFrom(*variable, signing.pfxPassword))
             return failed(console, L"Ortam değişkeni tanımlı değil: " + *variable);
     }
 
-    std::wstring message, note;
+    DecodedImage preview;
+    bool previewDecoded = false;
     if (const std::wstring* icon = invocation.value(L"--icon")) {
-        DecodedImage preview;
-        bool previewDecoded = false;
         if (!requireExisting(*icon, message) ||
             !readIconFile(*icon, inputs.iconBytes, preview, previewDecoded, message))
             return failed(console, message);
+    } else if (!session.icon.empty() &&
+               !readIconFile(session.icon, inputs.iconBytes, preview, previewDecoded, message)) {
+        // The builder takes a remembered icon quietly and keeps the template's when it does not convert.
+        console.errLine(L"Not: " + message);
     }
 
-    SkinWorkspace workspace;
-    if (!loadSkinInput(invocation.arguments[0], workspace, message, note)) return failed(console, message);
+    if (!sessionFile && !loadSkinInput(source, workspace, message, note)) return failed(console, message);
     if (!note.empty()) console.errLine(L"Not: " + note);
     if (!applySkinEdits(edits, workspace, error)) return failed(console, error);
 
@@ -100,7 +129,7 @@ constexpr OptionSpec kBuildOwnOptions[] = {
     {L"--product", L"TEXT"},  {L"--company", L"TEXT"},          {L"--description", L"TEXT"},
     {L"--version", L"TEXT"},  {L"--copyright", L"TEXT"},        {L"--original-name", L"TEXT"},
     {L"--sign-pfx", L"FILE"}, {L"--sign-password-env", L"VAR"}, {L"--sign-ts", L"URL"},
-    {L"--signtool", L"PATH"},
+    {L"--signtool", L"PATH"}, {L"--session", L"FILE"},
 };
 
 template <size_t A, size_t B>
@@ -142,6 +171,15 @@ const std::wstring kBuildHelp =
         L"                        satırında verilmez, hiçbir yere yazılmaz)\n"
         L"  --sign-ts URL         RFC 3161 zaman damgası sunucusu; boş değer zaman damgasız imzalar\n"
         L"  --signtool PATH       signtool.exe; verilmezse Windows SDK klasörlerinde aranır\n"
+        L"\n"
+        L"Oturum dosyası (oluşturucunun olusturucu.ini'si, derleme tarifi olarak):\n"
+        L"  --session FILE        alanlar oluşturucunun son oturumu geri yüklediği kurallarla dosyadan "
+        L"okunur:\n"
+        L"                        skin, adresler, davranış, dosya bilgileri, simge, çıktı yeri ve imza. "
+        L"SOURCE\n"
+        L"                        verilirse dosyadaki skin yerine o kullanılır, --out verilmezse dosyadaki\n"
+        L"                        out_path; komut satırında verilen her seçenek dosyadakinin yerine geçer.\n"
+        L"                        Parola dosyada yoktur (--sign-password-env)\n"
         L"\n") +
     std::wstring(kSkinEditsHelp) +
     L"\n"
@@ -155,11 +193,12 @@ const std::wstring kBuildHelp =
 const Command kBuildCommand{
     L"build",
     L"Skinden markalı patcher exe'sini oluşturur (simge, sürüm bilgisi, isteğe bağlı imza).",
-    L"build SOURCE --out EXE [seçenekler]",
+    L"build SOURCE --out EXE [seçenekler]  |  build --session FILE [SOURCE] [seçenekler]",
     kBuildHelp,
     kBuildArguments,
     kBuildOptions,
     commandBuild,
+    L"--session",
 };
 
 } // namespace nv

@@ -121,7 +121,9 @@ int parseAndRun(const Command& command, std::span<const std::wstring> args, Cons
             return invocation.usageError(console, L"Fazla argüman: " + arg);
         }
     }
-    if (invocation.arguments.size() < command.arguments.size())
+    const bool mayLeaveOut =
+        !command.argumentsOptionalWith.empty() && invocation.has(command.argumentsOptionalWith);
+    if (invocation.arguments.size() < command.arguments.size() && !mayLeaveOut)
         return invocation.usageError(
             console, L"Eksik argüman: " + std::wstring(command.arguments[invocation.arguments.size()]));
     return command.run(invocation, console);

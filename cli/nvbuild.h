@@ -63,6 +63,9 @@ struct Command {
     std::span<const std::wstring_view> arguments; // positional placeholders, all required, in order
     std::span<const OptionSpec> options;
     int (*run)(const Invocation& invocation, Console& console);
+    // An option that, when given, lets the positional arguments be left out (the command then finds their
+    // values elsewhere and says so in its help); empty for none.
+    std::wstring_view argumentsOptionalWith = {};
 };
 
 // One parsed command line of a command.

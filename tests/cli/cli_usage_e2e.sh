@@ -53,6 +53,7 @@ case_ 2 err "Eksik seçenek: --out" build "$S"
 case_ 2 err "Değer eksik: --sign-password-env" build "$S" --out x.exe --sign-password-env
 case_ 2 err "Bilinmeyen seçenek: --sign-password" build "$S" --out x.exe --sign-password gizli
 case_ 2 err "--conn 1 ile 8 arasında bir tam sayı olmalı: 0" build "$S" --out x.exe --conn 0
+case_ 2 err "Değer eksik: --session" build --session
 check "... and nothing was written by any of them" [ ! -e "$work/o.nvsk" ]
 nv pack onlyone >/dev/null 2>"$work/err"
 check "a usage error shows the command's short usage after the message" \
@@ -85,6 +86,19 @@ check "inspect --json of a missing path still prints one JSON object" \
     "$work/out" "Bulunamadı: $missing"
 check "... and the reason on stderr" grep -q "^Bulunamadı: " "$work/err"
 printf 'x' >"$work/plain.txt"
+
+# --- a builder session file as the build's recipe: its skin and output unless the command line names them ------
+session() { printf '; Norvane Olusturucu - son oturum (parola kaydedilmez)\r\n%s' "$1" >"$work/olusturucu.ini"; }
+I=$(winpath "$work/olusturucu.ini")
+case_ 1 err "Bulunamadı: $missing" build --session "$missing"
+session ''
+case_ 1 err "Oturum dosyasında skin yok: $I" build --session "$I"
+session "skin=$missing"$'\r\n'
+case_ 1 err "Bulunamadı: $missing" build --session "$I"
+session "skin=$S"$'\r\nout_path=\r\n'
+case_ 2 err "Eksik seçenek: --out" build --session "$I"
+case_ 1 err "Patcher şablonu bulunamadı: $missing — build.bat ile derleyin." build --session "$I" "$S" \
+    --out "$(winpath "$work/K.exe")" --template "$missing"
 case_ 1 err "Klasör ya da .zip değil: $(winpath "$work/plain.txt")" pack "$(winpath "$work/plain.txt")" "$O"
 
 finish

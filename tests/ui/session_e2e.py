@@ -9,6 +9,7 @@
    session's skin is loaded, its values show in the pictures (they differ from run 1 where the fields differ) and
    reach the built patcher (its embedded skin, read back with `nvbuild inspect`, and its version texts), and the
    file stays byte for byte as it was.
+3. `nvbuild build --session` with that file writes the same patcher, byte for byte.
 """
 import json
 import os
@@ -95,7 +96,7 @@ SESSION_LINES = [
     "title=Oturum Çevrimiçi",
     "out_name=Oturum.exe",
     "out_path=C:\\yok\\Oturum.exe",
-    "icon=",
+    "icon={icon}",
     "conn=7",
     "seg=24",
     "close_on_start=0",
@@ -168,7 +169,7 @@ def main():
             compare_preview(shot, Image(os.path.join(plain, shot)), render)
 
         # 2. The session file alone brings the skin and every value back.
-        text = ("\r\n".join(SESSION_LINES) + "\r\n").format(skin=winpath(sample)).encode("utf-8")
+        text = ("\r\n".join(SESSION_LINES) + "\r\n").format(skin=winpath(sample), icon=winpath(os.path.join(sample, "crest.png"))).encode("utf-8")
         for f in session_files:
             os.makedirs(os.path.dirname(f), exist_ok=True)
             with open(f, "wb") as out:
@@ -212,6 +213,23 @@ def main():
                 image = f.read()
             for value in ("Oturum Ürünü", "Oturum Şirketi", "9.8.7.6", "© 2026 Oturum", "Oturum.exe"):
                 check(f"version text {value!r} in the patcher", value.encode("utf-16-le") in image)
+
+            # 3. The same file as nvbuild's recipe builds the same patcher, byte for byte.
+            headless = os.path.join(scratch, "headless", "Kaldra.exe")
+            os.makedirs(os.path.dirname(headless))
+            session = winpath(session_files[0])
+            code, _ = tool_out("build", "--session", session, "--out", winpath(headless))
+            check("nvbuild build --session exits 0", code == 0, code)
+            same = os.path.exists(headless) and open(headless, "rb").read() == image
+            check("nvbuild build --session writes the builder's patcher byte for byte", same)
+            # A skin and a title given on the command line win over the file's.
+            code, _ = tool_out("build", "--session", session, winpath(sample), "--out", winpath(headless),
+                               "--title", "Komut Satırı")
+            code, out = tool_out("inspect", winpath(headless), "--json")
+            info = json.loads(out.decode("utf-8")) if code == 0 else {}
+            check("an option on the command line wins", info.get("settings", {}).get("title") == "Komut Satırı")
+            check("... the rest still comes from the file",
+                  info.get("remoteConfigPath") == expected["remoteConfigPath"])
     finally:
         wine.stop()
         xvfb.kill()
