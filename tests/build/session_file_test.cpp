@@ -181,17 +181,6 @@ TEST(SessionFile, RoundTripThroughAFileAndASkin) {
     ASSERT_TRUE(target.skinLoaded()) << wideToUtf8(target.loadMessage());
     restored.links = sessionLinks(ws.buttonLinks);
     EXPECT_EQ(sessionText(restored), sessionText(saved));
-
-    copySessionToWorkspace(restored, ws);
-    EXPECT_EQ(ws.serverAddress, saved.configUrl);
-    EXPECT_EQ(ws.settings.connections, 7);
-    EXPECT_EQ(ws.settings.segmentMb, 32);
-    EXPECT_FALSE(ws.settings.browserEmulation);
-    EXPECT_TRUE(ws.buttonLinks[2].edited);
-    const BuildInputs inputs = sessionBuildInputs(restored, L"T.exe", {});
-    EXPECT_EQ(inputs.version.originalFilename, L"Yama.exe");
-    EXPECT_TRUE(inputs.signing.enabled);
-    EXPECT_TRUE(inputs.signing.pfxPassword.empty());
 }
 
 TEST(SessionFile, SkinValuesStandWhenTheSessionLeavesThemOut) {
