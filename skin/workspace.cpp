@@ -133,7 +133,7 @@ void SkinWorkspace::addDroppedFiles(const std::vector<std::wstring>& paths, int&
     }
     if (files.hasFile("skin.xml")) {
         loaded = true;
-        if (sourceLabel.empty()) sourceLabel = L"(bırakılan dosyalar)";
+        if (sourceLabel.empty()) sourceLabel = kDroppedFilesLabel;
         importSkinValues();
     }
 }

@@ -22,6 +22,9 @@ struct ButtonLink {
     std::string localeKey; // the key that "link_url" named at import; empty for a literal address
 };
 
+// The source label of a skin put together from dropped files alone.
+inline constexpr const wchar_t* kDroppedFilesLabel = L"(bırakılan dosyalar)";
+
 class SkinWorkspace {
 public:
     SkinFileSet files;

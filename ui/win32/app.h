@@ -55,6 +55,9 @@ public:
     BuilderApp& operator=(const BuilderApp&) = delete;
 
     void setCommandLine(CommandLine commandLine) { commandLine_ = std::move(commandLine); }
+    // The patcher template; by default beside the builder. Tests that create the window keep theirs apart
+    // from the real template that other test programs find beside them.
+    void setTemplatePath(std::wstring path) { templatePath_ = std::move(path); }
     bool createWindow();
     int messageLoop();
     HWND hwnd() const { return hwnd_; }

@@ -110,7 +110,7 @@ bool BuilderApp::createWindow() {
         return false;
     DragAcceptFiles(hwnd_, TRUE);
 
-    templatePath_ = pathJoin(exeFolder(), L"Norvane.Template.exe");
+    if (templatePath_.empty()) templatePath_ = pathJoin(exeFolder(), L"Norvane.Template.exe");
     signtoolPath_ = findSigntool();
     signtoolFound_ = !signtoolPath_.empty();
     createFields();

@@ -13,8 +13,6 @@
 namespace nv::ui::win {
 namespace {
 
-constexpr const wchar_t* kDroppedFilesLabel = L"(bırakılan dosyalar)";
-
 // The roaming application-data folder; empty when the system does not say.
 std::wstring appDataFolder() {
     wchar_t path[MAX_PATH] = {};

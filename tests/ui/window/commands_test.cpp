@@ -45,11 +45,14 @@ std::wstring tempFolderFile(const wchar_t* name) {
 class BuilderCommands : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
-        // A window closed earlier in this process left its WM_QUIT behind; a dialog's modal loop would end on it.
+        // A window closed earlier in this process left its WM_QUIT behind; a dialog's modal loop would end on
+        // it.
         MSG quit;
         while (PeekMessageW(&quit, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE)) {
         }
+        createFolders(pathParent(templatePath()));
         app_ = new BuilderApp;
+        app_->setTemplatePath(templatePath());
         app_->setSessionPath(L"");
         created_ = app_->createWindow();
     }
@@ -65,7 +68,8 @@ protected:
         app_->setSessionPath(L"");
         setSigning(false);
     }
-    static std::wstring templatePath() { return pathJoin(exeFolder(), L"Norvane.Template.exe"); }
+    // Apart from the real template that the patcher's tests copy beside the test programs.
+    static std::wstring templatePath() { return pathJoin(exeFolder(), L"ui_window\\Norvane.Template.exe"); }
     void loadSample() { ASSERT_TRUE(app_->loadSkin(samplePath(), false)) << test::fsPath(app_->status()); }
     void setSigning(bool on) {
         if (app_->signing() != on) app_->runCommand(kItemToggleSigning, 0);

@@ -60,7 +60,9 @@ class BuilderWindow : public ::testing::Test {
 protected:
     static void SetUpTestSuite() {
         DeleteFileW(templatePath().c_str());
+        createFolders(pathParent(templatePath()));
         app_ = new BuilderApp;
+        app_->setTemplatePath(templatePath());
         app_->setSessionPath(L""); // a fresh window every run, whatever earlier runs left behind
         created_ = app_->createWindow();
     }
@@ -74,7 +76,8 @@ protected:
         ASSERT_TRUE(IsWindow(app_->hwnd()));
         DeleteFileW(templatePath().c_str());
     }
-    static std::wstring templatePath() { return pathJoin(exeFolder(), L"Norvane.Template.exe"); }
+    // Apart from the real template that the patcher's tests copy beside the test programs.
+    static std::wstring templatePath() { return pathJoin(exeFolder(), L"ui_window\\Norvane.Template.exe"); }
     void loadSample() { ASSERT_TRUE(app_->loadSkin(samplePath(), false)) << app_->status(); }
     bool visible(int id) const { return IsWindowVisible(app_->fieldWindow(id)) != 0; }
     bool enabled(int id) const { return IsWindowEnabled(app_->fieldWindow(id)) != 0; }
