@@ -51,6 +51,23 @@ nvbuild render "$(winpath "$sample")" "$(winpath "$out/preview-hover.png")" --st
     --state hover URL_SITE
 echo "$out/preview.png, $out/preview-hover.png (başlat ve web sitesi düğmeleri üzerinde imleçle)"
 
+step "Patcher: oluşturma, simgesi örnek skinin armasından -> $out/KaldraPatcher.exe"
+nvbuild build "$(winpath "$sample")" --out "$(winpath "$out/KaldraPatcher.exe")" \
+    --icon "$(winpath "$sample/crest.png")" \
+    --company "Kaldra Oyun Hizmetleri" --description "Kaldra Türkiye Patcher" --version 2.4.1 \
+    --copyright "© 2026 Kaldra Oyun Hizmetleri" \
+    --config-url https://patch.kaldra-tr.example/launcher/config.xml \
+    --news-url https://www.kaldra-tr.example/haberler \
+    --title "Kaldra Türkiye" --conn 8 --seg 16 --run-args "-lang tr -fullscreen" \
+    --link URL_SITE=https://www.kaldra-tr.example/ --link URL_SUPPORT=https://destek.kaldra-tr.example/
+
+step "Oluşturulan patcherin gömülü paketi"
+nvbuild list "$(winpath "$out/KaldraPatcher.exe")"
+
+step "Oluşturulan patcher, kendi penceresini çizerek (--preview --snap) -> $out/patcher-preview.png"
+"$wine" "$out/KaldraPatcher.exe" --preview --snap "$(winpath "$out/patcher-preview.png")" </dev/null
+echo "$out/patcher-preview.png"
+
 if [ -f "$dist/NorvaneOlusturucu.exe" ]; then
     step "Oluşturucu penceresi: her bölümün ekran görüntüsü ($out/snap)"
     # A prefix of its own: the fonts the window asks for are mapped to free look-alikes there only.

@@ -2,6 +2,7 @@
 
 #include "core/paths.h"
 #include "core/text.h"
+#include "skin/picture_cache.h"
 #include "skin/skin_model.h"
 
 #include <algorithm>
@@ -38,7 +39,7 @@ DecodedImage SkinImages::named(std::string_view name) {
         !withinBudget(name, uint64_t(signature.width) * uint64_t(signature.height)))
         return {};
     DecodedImage image;
-    if (!decodeImage(bytes->data(), bytes->size(), image)) return {};
+    if (!PictureCache::shared().decode(bytes->data(), bytes->size(), image)) return {};
     const uint64_t pixels = uint64_t(image.width) * uint64_t(image.height);
     if (!withinBudget(name, pixels)) return {};
     used_ += pixels;

@@ -3,6 +3,8 @@
 // control and button state that names it, so a skin that uses one large picture many times costs one decode.
 // The distinct decoded pixels of a load have a budget of their own, room for two pictures of the largest size
 // and far above any real skin: a picture past it counts as missing, with a warning that names its file.
+// Decoding goes through the shared PictureCache, so a load of a skin whose pictures an earlier load already
+// decoded (the preview after an edit, the build's validation) costs no decode at all.
 
 #include "readers/image.h"
 #include "readers/skin_files.h"
