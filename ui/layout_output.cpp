@@ -175,9 +175,20 @@ void layoutDerleme(Ctx& ctx) {
         icon = Icon::Warning;
         break;
     }
-    const int titleHeight = ctx.line(kFontStateTitle);
-    const int lineHeight = ctx.line(kFontSmall);
-    const int line2Height = line2.empty() ? 0 : ctx.line(kFontTiny) + ctx.s(2);
+    const int ctaWidth = std::max(ctx.s(150), ctx.textWidth(cta, kFontBodyBold) + ctx.s(40));
+    const int textLeft = state.left() + tile + ctx.s(14);
+    const int textRight = state.right() - ctaWidth - ctx.s(14);
+    const int columnWidth = std::max(1, textRight - textLeft);
+    // Where the column is narrow (the compact window, a long error) the state's words wrap rather than lose
+    // their end; a target path stays on one line and is shortened in its middle.
+    const bool linePath = line.rfind(L"Hedef: ", 0) == 0;
+    auto wrapped = [&](const std::wstring& text, int font, int maxLines) {
+        return std::min(ctx.measure.wrappedHeight(text, font, columnWidth), maxLines * ctx.line(font));
+    };
+    const bool titleWraps = ctx.textWidth(title, kFontStateTitle) > columnWidth;
+    const int titleHeight = titleWraps ? wrapped(title, kFontStateTitle, 2) : ctx.line(kFontStateTitle);
+    const int lineHeight = linePath ? ctx.line(kFontSmall) : wrapped(line, kFontSmall, 3);
+    const int line2Height = line2.empty() ? 0 : wrapped(line2, kFontTiny, 2) + ctx.s(2);
     const int textHeight = titleHeight + ctx.s(2) + lineHeight + line2Height;
     const int contentHeight = std::max(tile, textHeight);
     const int top = state.y;
@@ -192,7 +203,6 @@ void layoutDerleme(Ctx& ctx) {
     ctx.add(std::move(tileBlock));
 
     const int ctaHeight = ctx.s(ctx.compact() ? 36 : 40);
-    const int ctaWidth = std::max(ctx.s(150), ctx.textWidth(cta, kFontBodyBold) + ctx.s(40));
     Block button{.kind = BlockKind::PrimaryButton,
                  .rect = {state.right() - ctaWidth, top + (contentHeight - ctaHeight) / 2, state.right(),
                           top + (contentHeight - ctaHeight) / 2 + ctaHeight},
@@ -203,12 +213,11 @@ void layoutDerleme(Ctx& ctx) {
     button.on = m.building;
     ctx.add(std::move(button));
 
-    const int textLeft = state.left() + tile + ctx.s(14);
-    const int textRight = state.right() - ctaWidth - ctx.s(14);
     int y = top + (contentHeight - textHeight) / 2;
-    const int titleWidth = std::min(textRight - textLeft, ctx.textWidth(title, kFontStateTitle));
-    ctx.text({textLeft, y, textLeft + titleWidth, y + titleHeight}, title, kFontStateTitle, color::kText);
-    if (!pill.empty()) {
+    const int titleWidth = std::min(columnWidth, ctx.textWidth(title, kFontStateTitle));
+    ctx.text({textLeft, y, textLeft + titleWidth, y + titleHeight}, title, kFontStateTitle, color::kText,
+             Align::Left, titleWraps);
+    if (!pill.empty() && !titleWraps) {
         const int pillWidth = ctx.textWidth(pill, kFontTiny) + ctx.s(16);
         const int pillHeight = ctx.s(20);
         const int pillLeft = textLeft + titleWidth + ctx.s(10);
@@ -221,11 +230,12 @@ void layoutDerleme(Ctx& ctx) {
         }
     }
     y += titleHeight + ctx.s(2);
-    ctx.text({textLeft, y, textRight, y + lineHeight}, line, kFontSmall, lineColor).path =
-        line.rfind(L"Hedef: ", 0) == 0;
+    ctx.text({textLeft, y, textRight, y + lineHeight}, line, kFontSmall, lineColor, Align::Left, !linePath)
+        .path = linePath;
     y += lineHeight;
     if (!line2.empty())
-        ctx.text({textLeft, y + ctx.s(2), textRight, y + line2Height}, line2, kFontTiny, color::kMuted);
+        ctx.text({textLeft, y + ctx.s(2), textRight, y + line2Height}, line2, kFontTiny, color::kMuted,
+                 Align::Left, true);
     state.y = top + contentHeight;
     const int stateBottom = state.finish();
 

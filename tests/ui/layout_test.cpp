@@ -1,5 +1,7 @@
 #include "ui/layout.h"
 
+#include "core/text.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -114,8 +116,8 @@ TEST(Layout, FrameColumns) {
 }
 
 // Every section, loaded or not, at the normal and the minimum size and at 144 DPI: blocks stay inside the
-// window, page content inside the page area, cards do not overlap, field boxes neither, and the edit controls
-// fit their rows.
+// window, page content inside the page area, cards do not overlap, field boxes neither, the edit controls
+// fit their rows, and the page's own words are never cut off (only paths are shortened).
 TEST(Layout, SectionsFitTheirColumns) {
     struct Size {
         int w, h, dpi;
@@ -148,6 +150,11 @@ TEST(Layout, SectionsFitTheirColumns) {
                     }
                     if (b.kind == BlockKind::Text) {
                         EXPECT_GT(b.rect.width(), 0);
+                        const int overflow =
+                            b.path   ? 0
+                            : b.wrap ? measure.wrappedHeight(b.text, b.font, b.rect.width()) - b.rect.height()
+                                     : measure.width(b.text, b.font) - b.rect.width();
+                        EXPECT_LE(overflow, 0) << wideToUtf8(b.text);
                     }
                 }
                 for (size_t i = 0; i < cards.size(); ++i)
