@@ -3,6 +3,7 @@
 
 #include "core/files.h"
 #include "core/paths.h"
+#include "core/text.h"
 #include "core/win32/scoped_win.h"
 #include "readers/image.h"
 #include "readers/skin_files.h"
@@ -73,6 +74,7 @@ public:
         GetExitCodeProcess(handle_.get(), &code);
         return int(code);
     }
+    DWORD id() const { return id_; }
     // Its visible top-level window of the given class, once it shows one.
     HWND window(const wchar_t* windowClass) {
         for (int i = 0; i < 300; ++i) {
@@ -91,6 +93,24 @@ private:
     win::ScopedHandle handle_;
     DWORD id_ = 0;
 };
+
+// The caption and the texts of a message box that the process shows, joined by line breaks; the box is then
+// dismissed. Empty when none appears.
+std::wstring dismissMessageBox(Running& process) {
+    HWND box = process.window(L"#32770");
+    if (!box) return {};
+    wchar_t text[1024] = {};
+    GetWindowTextW(box, text, 1024);
+    std::wstring all = text;
+    for (HWND child = FindWindowExW(box, nullptr, L"Static", nullptr); child;
+         child = FindWindowExW(box, child, L"Static", nullptr)) {
+        text[0] = 0;
+        GetWindowTextW(child, text, 1024);
+        if (text[0]) all += L"\n" + std::wstring(text);
+    }
+    PostMessageW(box, WM_COMMAND, IDOK, 0);
+    return all;
+}
 
 int run(const std::wstring& program, const std::wstring& arguments) {
     return Running(program, arguments).wait();
@@ -218,6 +238,32 @@ TEST(Template, WithoutAUsableSkinItExitsWithOneAndWritesNothing) {
     damaged[20] ^= 0x55; // the checksum no longer matches
     EXPECT_EQ(run(templateWith(dir, damaged), L"--snap " + quoted(snap)), 1);
     EXPECT_FALSE(fileExists(snap));
+}
+
+// Problems that stop the patcher are told in a message box: no skin (the program then exits with 1), and a
+// game that does not start (the patcher stays open).
+TEST(Template, ReportsWhatStopsItInAMessageBox) {
+    test::TempDir dir;
+    {
+        Running bare(besideTests(L"Norvane.Template.exe"), L"");
+        const std::wstring text = dismissMessageBox(bare);
+        EXPECT_NE(text.find(L"Hata\nDüzenleme mevcut değil.\nGomulu skin yok."), std::wstring::npos)
+            << wideToUtf8(text);
+        EXPECT_EQ(bare.wait(20000), 1);
+    }
+    // The start button's game is not there.
+    SkinFileSet files = sampleFiles();
+    std::string skinXml = test::textOf(*files.findFile("skin.xml"));
+    skinXml.replace(skinXml.find("Kaldra.exe"), 10, "yok.exe");
+    files.putFile("skin.xml", test::bytesOf(skinXml));
+    Running patcher(templateWith(dir, writeSkinPackage(files)), L"");
+    HWND window = patcher.window(L"NV_Patcher");
+    ASSERT_NE(window, nullptr);
+    click(window, 700, 500); // BTN_START
+    const std::wstring text = dismissMessageBox(patcher);
+    EXPECT_NE(text.find(L"Oyun başlatılamadı (ErrorCode 2)"), std::wstring::npos) << wideToUtf8(text);
+    EXPECT_NE(text.find(dir.file(L"yok.exe")), std::wstring::npos) << wideToUtf8(text);
+    EXPECT_EQ(patcher.wait(300), -1); // still open
 }
 
 TEST(Template, CarriesManifestIconsAndVersionButNoSkin) {
