@@ -70,11 +70,12 @@ echo "$out/patcher-preview.png"
 
 if [ -f "$dist/NorvaneOlusturucu.exe" ]; then
     step "Oluşturucu penceresi: her bölümün ekran görüntüsü ($out/snap)"
-    # A prefix of its own: the fonts the window asks for are mapped to free look-alikes there only.
+    # A prefix of its own: the fonts the window asks for are mapped to free look-alikes there only, and so is the
+    # face that skins name by default, so that the live preview draws its texts as nvbuild render does.
     snap_prefix="$out/.snap-wineprefix"
     mkdir -p "$snap_prefix"
     reg="$out/.snap-fonts.reg"
-    printf 'Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\Software\\Wine\\Fonts\\Replacements]\r\n"Segoe UI"="Inter"\r\n"Consolas"="DejaVu Sans Mono"\r\n' \
+    printf 'Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\Software\\Wine\\Fonts\\Replacements]\r\n"Segoe UI"="Inter"\r\n"Consolas"="DejaVu Sans Mono"\r\n"Tahoma"="DejaVu Sans"\r\n' \
         | iconv -f UTF-8 -t UTF-16 >"$reg"
     WINEPREFIX="$snap_prefix" "$wine" regedit /s "$(winpath "$reg")" </dev/null >/dev/null 2>&1
     rm -rf "$out/snap"
