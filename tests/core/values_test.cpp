@@ -6,31 +6,14 @@ namespace nv {
 namespace {
 
 TEST(ParseInt, AcceptsOnlySignAndDigitsWithinTheSymmetricRange) {
-    struct Case {
-        const char* text;
-        int expected;
-    } cases[] = {
-        {"42", 42},
-        {"  -17\r\n", -17},
-        {"+8", 8},
-        {"007", 7},
-        {"2147483647", 2147483647},
-        {"-2147483647", -2147483647},
-        {"2147483648", -1},
-        {"-2147483648", -1},
-        {"", -1},
-        {"   ", -1},
-        {"-", -1},
-        {"+", -1},
-        {"1 2", -1},
-        {"12a", -1},
-        {"0x10", -1},
-        {"1.5", -1},
-        {"--1", -1},
-        {"99999999999999999999", -1},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(parseInt(c.text, -1), c.expected) << '"' << c.text << '"';
+    const std::pair<const char*, int> accepted[] = {
+        {"42", 42}, {"  -17\r\n", -17},         {"+8", 8},
+        {"007", 7}, {"2147483647", 2147483647}, {"-2147483647", -2147483647}};
+    for (const auto& [text, value] : accepted)
+        EXPECT_EQ(parseInt(text, -1), value) << '"' << text << '"';
+    for (const char* text : {"2147483648", "-2147483648", "", "   ", "-", "+", "1 2", "12a", "0x10", "1.5",
+                             "--1", "99999999999999999999"})
+        EXPECT_EQ(parseInt(text, -1), -1) << '"' << text << '"';
 }
 
 TEST(ParseYesNo, KnowsTurkishAndEnglishWordsAndKeepsTheDefaultOtherwise) {

@@ -18,29 +18,18 @@ std::vector<std::string> namesOf(const SkinFileSet& set) {
 }
 
 TEST(SkinFileName, KeepsOnlySkinFilesUnderTheirBareLowerCaseName) {
-    struct Case {
-        const wchar_t* path;
-        const char* name;
-    } cases[] = {
-        {L"C:\\skins\\dark\\Skin.XML", "skin.xml"},
-        {L"images/Logo.PNG", "logo.png"},
-        {L"a.JPEG", "a.jpeg"},
-        {L"norvane.INI", "norvane.ini"},
-        {L"photo.jpeg.bak", ""},
-        {L"readme.md", ""},
-        {L"Thumbs.db", ""},
-        {L"DESKTOP.INI", ""},
-        {L".DS_Store", ""},
-        {L"._skin.xml", ""},
-        {L"folder/", ""},
-        {L"", ""},
-        {L"png", ""},
-        // A capital G with breve stays as it is; only ASCII letters fold.
-        {L"\u011Eemi.PNG", "\xC4\x9E"
-                           "emi.png"},
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(skinFileName(c.path), c.name) << test::fsPath(c.path).string();
+    // A capital G with breve stays as it is; only ASCII letters fold.
+    const std::pair<const wchar_t*, const char*> kept[] = {{L"C:\\skins\\dark\\Skin.XML", "skin.xml"},
+                                                           {L"images/Logo.PNG", "logo.png"},
+                                                           {L"a.JPEG", "a.jpeg"},
+                                                           {L"norvane.INI", "norvane.ini"},
+                                                           {L"\u011Eemi.PNG", "\xC4\x9E"
+                                                                              "emi.png"}};
+    for (const auto& [path, name] : kept)
+        EXPECT_EQ(skinFileName(path), name) << test::fsPath(path).string();
+    for (const wchar_t* path : {L"photo.jpeg.bak", L"readme.md", L"Thumbs.db", L"DESKTOP.INI", L".DS_Store",
+                                L"._skin.xml", L"folder/", L"", L"png"})
+        EXPECT_EQ(skinFileName(path), "") << test::fsPath(path).string();
 }
 
 TEST(AddSkinFile, RefusalsCarryTheirMessagesAndLeaveTheSetAlone) {

@@ -20,6 +20,12 @@ PatcherScene textScene(std::string_view attributes) {
         .scene();
 }
 
+std::vector<uint32_t> pixelsOf(const PatcherScene& scene, const std::wstring& text) {
+    std::vector<ControlState> states(1);
+    states[0].text = text;
+    return test::render(scene, states);
+}
+
 // The changed pixels of a render: how many, and the mean column of those changes.
 struct Ink {
     int count = 0;
@@ -29,9 +35,7 @@ struct Ink {
 };
 
 Ink inkOf(const PatcherScene& scene, const std::wstring& text, int boxRight) {
-    std::vector<ControlState> states(1);
-    states[0].text = text;
-    const std::vector<uint32_t> pixels = test::render(scene, states);
+    const std::vector<uint32_t> pixels = pixelsOf(scene, text);
     Ink ink;
     for (int y = 0; y < kH; ++y)
         for (int x = 0; x < kW; ++x) {
@@ -76,16 +80,11 @@ TEST(Text, ColourAlphaAndTurkishLettersAreHonoured) {
     const PatcherScene scene = textScene("width=\"80\" color=\"#00FFFFFF\"");
     EXPECT_EQ(inkOf(scene, L"Görünmez", 100).count, 0);
     // İ and ı differ from I and i only by their dots: the letters arrive as written, not folded or replaced.
-    auto pixels = [](const PatcherScene& s, const wchar_t* text) {
-        std::vector<ControlState> states(1);
-        states[0].text = text;
-        return test::render(s, states);
-    };
     const PatcherScene white = textScene("width=\"80\"");
-    EXPECT_TRUE(pixels(white, L"İI ıi") != pixels(white, L"II ii"));
-    EXPECT_TRUE(pixels(white, L"ŞĞÜÖÇ") != pixels(white, L"SGUOC"));
+    EXPECT_TRUE(pixelsOf(white, L"İI ıi") != pixelsOf(white, L"II ii"));
+    EXPECT_TRUE(pixelsOf(white, L"ŞĞÜÖÇ") != pixelsOf(white, L"SGUOC"));
     // A half-transparent colour leaves some of the background in every inked pixel.
-    const std::vector<uint32_t> half = pixels(textScene("width=\"80\" color=\"#80FFFFFF\""), L"Kaldra");
+    const std::vector<uint32_t> half = pixelsOf(textScene("width=\"80\" color=\"#80FFFFFF\""), L"Kaldra");
     for (uint32_t p : half)
         EXPECT_LT(p & 0xFF, 0xE0u);
 }
@@ -106,15 +105,10 @@ TEST(Text, ARunKeptFromAnEarlierRenderGivesTheSamePixels) {
     const PatcherScene scene = textScene("width=\"80\" shadow=\"#80000000\" color=\"#C0FFE0A0\"");
     PatcherScene uncached = scene;
     uncached.textCache = nullptr;
-    auto pixels = [](const PatcherScene& s, const wchar_t* text) {
-        std::vector<ControlState> states(1);
-        states[0].text = text;
-        return test::render(s, states);
-    };
-    const std::vector<uint32_t> first = pixels(scene, L"Kaldra");
-    EXPECT_TRUE(first == pixels(scene, L"Kaldra"));
-    EXPECT_TRUE(first == pixels(uncached, L"Kaldra"));
-    EXPECT_TRUE(first != pixels(scene, L"Kaldrb")); // a new text is drawn anew, not taken from the cache
+    const std::vector<uint32_t> first = pixelsOf(scene, L"Kaldra");
+    EXPECT_TRUE(first == pixelsOf(scene, L"Kaldra"));
+    EXPECT_TRUE(first == pixelsOf(uncached, L"Kaldra"));
+    EXPECT_TRUE(first != pixelsOf(scene, L"Kaldrb")); // a new text is drawn anew, not taken from the cache
 }
 
 } // namespace

@@ -1,20 +1,13 @@
 // The builder window in this process, under Wine's display: what the fields hold after a skin loads, what the
 // chips, steppers, toggles and pages do, the locks while a build runs, and building from the window.
 
-#include "core/files.h"
-#include "core/paths.h"
-#include "tests/support/test_support.h"
-#include "ui/win32/app.h"
+#include "core/crc32.h"
+#include "tests/ui/window/builder_window.h"
 
-#include <gtest/gtest.h>
+#include <cwchar>
 
 namespace nv::ui::win {
 namespace {
-
-// The sample skin, copied beside the test programs' fixtures.
-std::wstring samplePath() {
-    return pathJoin(test::testDataDir(), L"gece-mavisi");
-}
 
 // Handles what is queued for the window, until `done` holds or about ten seconds have passed.
 template <typename Done> bool pumpUntil(Done done) {
@@ -29,6 +22,19 @@ template <typename Done> bool pumpUntil(Done done) {
     return done();
 }
 
+std::wstring clipboardText() {
+    if (!OpenClipboard(nullptr)) return L"<kapalı>";
+    std::wstring text;
+    if (HANDLE data = GetClipboardData(CF_UNICODETEXT)) {
+        if (const auto* chars = static_cast<const wchar_t*>(GlobalLock(data))) {
+            text = chars;
+            GlobalUnlock(data);
+        }
+    }
+    CloseClipboard();
+    return text;
+}
+
 TEST(BuilderCommandLine, SnapNeedsAFolder) {
     struct Case {
         std::vector<const wchar_t*> args;
@@ -36,10 +42,8 @@ TEST(BuilderCommandLine, SnapNeedsAFolder) {
         const wchar_t* folder;
         const wchar_t* skin;
     } cases[] = {
-        {{L"b.exe"}, false, L"", L""},
         {{L"b.exe", L"--snap"}, false, L"", L""}, // the last argument: no effect
         {{L"b.exe", L"--SNAP", L"out"}, true, L"out", L""},
-        {{L"b.exe", L"--snap", L"out", L"skin.zip"}, true, L"out", L"skin.zip"},
         {{L"b.exe", L"x", L"--Snap", L"o", L"s", L"extra"}, true, L"o", L"s"},
         {{L"b.exe", L"-snap", L"out"}, false, L"", L""},
     };
@@ -54,54 +58,14 @@ TEST(BuilderCommandLine, SnapNeedsAFolder) {
     }
 }
 
-// One window for the whole suite, in the order the tests are written: taking a shown window down costs Wine
-// two seconds under a display without a window manager. Each test sets up the state it looks at.
-class BuilderWindow : public ::testing::Test {
-protected:
-    static void SetUpTestSuite() {
-        DeleteFileW(templatePath().c_str());
-        createFolders(pathParent(templatePath()));
-        app_ = new BuilderApp;
-        app_->setTemplatePath(templatePath());
-        app_->setSessionPath(L""); // a fresh window every run, whatever earlier runs left behind
-        created_ = app_->createWindow();
-    }
-    static void TearDownTestSuite() {
-        delete app_;
-        app_ = nullptr;
-        DeleteFileW(templatePath().c_str());
-    }
-    void SetUp() override {
-        ASSERT_TRUE(created_);
-        ASSERT_TRUE(IsWindow(app_->hwnd()));
-        DeleteFileW(templatePath().c_str());
-    }
-    // Apart from the real template that the patcher's tests copy beside the test programs.
-    static std::wstring templatePath() { return pathJoin(exeFolder(), L"ui_window\\Norvane.Template.exe"); }
-    void loadSample() { ASSERT_TRUE(app_->loadSkin(samplePath(), false)) << app_->status(); }
-    bool visible(int id) const { return IsWindowVisible(app_->fieldWindow(id)) != 0; }
-    bool enabled(int id) const { return IsWindowEnabled(app_->fieldWindow(id)) != 0; }
-    void setSigning(bool on) {
-        if (app_->signing() != on) app_->runCommand(kItemToggleSigning, 0);
-    }
-
-    static BuilderApp* app_;
-    static bool created_;
-};
-BuilderApp* BuilderWindow::app_ = nullptr;
-bool BuilderWindow::created_ = false;
+class BuilderWindow : public BuilderWindowTest {};
 
 TEST_F(BuilderWindow, StartsOnTheSourceSectionAndWarnsOfAMissingTemplate) {
     EXPECT_EQ(app_->section(), kKaynak);
     EXPECT_EQ(app_->status(), L"Patcher şablonu (Norvane.Template.exe) bulunamadı — build.bat ile derleyin.");
     EXPECT_TRUE(app_->statusWarning());
-    EXPECT_EQ(app_->fieldText(kFieldOutName), L"Kaldra.exe");
-    EXPECT_EQ(app_->fieldText(kFieldSegment), L"4");
-    EXPECT_EQ(app_->fieldText(kFieldTimestamp), kDefaultTimestampUrl);
     // Signing is off: its fields are locked.
-    EXPECT_FALSE(enabled(kFieldPfx));
-    EXPECT_FALSE(enabled(kFieldPassword));
-    EXPECT_FALSE(enabled(kFieldTimestamp));
+    EXPECT_FALSE(enabled(kFieldPfx) || enabled(kFieldPassword) || enabled(kFieldTimestamp));
 }
 
 TEST_F(BuilderWindow, ALoadedSkinFillsTheFields) {
@@ -114,15 +78,12 @@ TEST_F(BuilderWindow, ALoadedSkinFillsTheFields) {
     EXPECT_EQ(app_->connections(), 6);
     EXPECT_TRUE(app_->toggle(0));
     EXPECT_FALSE(app_->toggle(1));
-    // One field per button that opens a link, in the skin's order; the locale key is resolved.
-    const wchar_t* links[] = {L"https://www.kaldra.example/haberler/yenilikler",
-                              L"https://www.kaldra.example/", L"https://forum.kaldra.example/",
-                              L"https://discord.kaldra.example/davet", L"https://destek.kaldra.example/"};
-    for (int i = 0; i < 5; ++i)
-        EXPECT_EQ(app_->fieldText(kFieldLinkFirst + i), links[i]);
+    // One field per button that opens a link, in the skin's order; a locale key is resolved.
+    EXPECT_EQ(app_->fieldText(kFieldLinkFirst), L"https://www.kaldra.example/haberler/yenilikler");
+    EXPECT_EQ(app_->fieldText(kFieldLinkFirst + 4), L"https://destek.kaldra.example/");
     EXPECT_EQ(app_->fieldWindow(kFieldLinkFirst + 5), nullptr);
 
-    // A second load replaces the link fields instead of adding to them.
+    // A second load replaces the link fields instead of adding to them; a failed one removes them.
     loadSample();
     EXPECT_EQ(app_->fieldWindow(kFieldLinkFirst + 5), nullptr);
     EXPECT_FALSE(app_->loadSkin(L"Z:\\yok\\skin.zip", false));
@@ -132,20 +93,14 @@ TEST_F(BuilderWindow, ALoadedSkinFillsTheFields) {
 }
 
 TEST_F(BuilderWindow, ChipsSteppersAndToggles) {
-    struct Step {
-        const wchar_t* text;
-        int item;
-        const wchar_t* expected;
-    } steps[] = {{L"abc", kItemSegmentMinus, L"3"},
-                 {L"abc", kItemSegmentPlus, L"5"},
-                 {L"0", kItemSegmentMinus, L"1"},
-                 {L"64", kItemSegmentPlus, L"64"},
-                 {L" 9 ", kItemSegmentPlus, L"10"}};
-    for (const Step& s : steps) {
-        app_->setFieldText(kFieldSegment, s.text);
-        app_->runCommand(s.item, 0);
-        EXPECT_EQ(app_->fieldText(kFieldSegment), s.expected) << s.text;
-    }
+    // The stepper reads what the field holds, whatever it is, and writes the step back.
+    app_->setFieldText(kFieldSegment, L"abc");
+    app_->runCommand(kItemSegmentMinus, 0);
+    EXPECT_EQ(app_->fieldText(kFieldSegment), L"3");
+    app_->setFieldText(kFieldSegment, L"64");
+    app_->runCommand(kItemSegmentPlus, 0);
+    EXPECT_EQ(app_->fieldText(kFieldSegment), L"64");
+
     app_->runCommand(kItemConnectionChip, 3);
     EXPECT_EQ(app_->connections(), 3);
     app_->runCommand(kItemConnectionChip, 12);
@@ -159,38 +114,32 @@ TEST_F(BuilderWindow, ChipsSteppersAndToggles) {
 
 // Clicks go through the window's own hit test: down and up on the same item run it.
 TEST_F(BuilderWindow, ClicksRunTheItemUnderThePointer) {
-    auto click = [&](BlockKind kind, int sub) {
-        for (const Block& b : app_->layout().blocks) {
-            if (b.kind != kind || b.sub != sub) continue;
-            const LPARAM at = MAKELPARAM((b.rect.left + b.rect.right) / 2, (b.rect.top + b.rect.bottom) / 2);
-            SendMessageW(app_->hwnd(), WM_LBUTTONDOWN, MK_LBUTTON, at);
-            SendMessageW(app_->hwnd(), WM_LBUTTONUP, 0, at);
-            return true;
-        }
-        return false;
+    auto block = [&](BlockKind kind, int sub) -> const Block* {
+        for (const Block& b : app_->layout().blocks)
+            if (b.kind == kind && b.sub == sub) return &b;
+        return nullptr;
+    };
+    auto press = [&](const Block* from, const Block* to) {
+        const LPARAM down = MAKELPARAM(from->rect.left + 2, from->rect.top + 2);
+        const LPARAM up = MAKELPARAM(to->rect.left + 2, to->rect.top + 2);
+        SendMessageW(app_->hwnd(), WM_LBUTTONDOWN, MK_LBUTTON, down);
+        SendMessageW(app_->hwnd(), WM_LBUTTONUP, 0, up);
     };
     app_->runCommand(kItemSection, kKaynak);
-    ASSERT_TRUE(click(BlockKind::NavEntry, kDavranis));
+    ASSERT_TRUE(block(BlockKind::NavEntry, kDavranis));
+    press(block(BlockKind::NavEntry, kDavranis), block(BlockKind::NavEntry, kDavranis));
     EXPECT_EQ(app_->section(), kDavranis);
-    ASSERT_TRUE(click(BlockKind::Chip, 2));
+    ASSERT_TRUE(block(BlockKind::Chip, 2) && block(BlockKind::Chip, 7) &&
+                block(BlockKind::NavEntry, kKimlik));
+    press(block(BlockKind::Chip, 2), block(BlockKind::Chip, 2));
     EXPECT_EQ(app_->connections(), 2);
     // Pressed on one item and let go over another: nothing runs.
-    const Block* chip = nullptr;
-    const Block* nav = nullptr;
-    for (const Block& b : app_->layout().blocks) {
-        if (b.kind == BlockKind::Chip && b.sub == 7) chip = &b;
-        if (b.kind == BlockKind::NavEntry && b.sub == kKimlik) nav = &b;
-    }
-    ASSERT_TRUE(chip && nav);
-    SendMessageW(app_->hwnd(), WM_LBUTTONDOWN, MK_LBUTTON,
-                 MAKELPARAM(chip->rect.left + 2, chip->rect.top + 2));
-    SendMessageW(app_->hwnd(), WM_LBUTTONUP, 0, MAKELPARAM(nav->rect.left + 2, nav->rect.top + 2));
+    press(block(BlockKind::Chip, 7), block(BlockKind::NavEntry, kKimlik));
     EXPECT_EQ(app_->connections(), 2);
     EXPECT_EQ(app_->section(), kDavranis);
 }
 
 TEST_F(BuilderWindow, SigningAndBuildingLockFields) {
-    setSigning(false);
     app_->runCommand(kItemToggleSigning, 0);
     EXPECT_TRUE(app_->signing());
     EXPECT_TRUE(enabled(kFieldPfx) && enabled(kFieldPassword) && enabled(kFieldTimestamp));
@@ -198,10 +147,6 @@ TEST_F(BuilderWindow, SigningAndBuildingLockFields) {
     app_->setBuilding(true);
     for (int id : {kFieldConfigUrl, kFieldOutPath, kFieldPfx, kFieldSegment})
         EXPECT_FALSE(enabled(id)) << id;
-    // A build holds the window open.
-    SendMessageW(app_->hwnd(), WM_CLOSE, 0, 0);
-    EXPECT_TRUE(IsWindow(app_->hwnd()));
-    EXPECT_EQ(app_->status(), L"Oluşturma sürüyor — bitmesini bekleyin.");
     app_->setBuilding(false);
     EXPECT_TRUE(enabled(kFieldConfigUrl) && enabled(kFieldPfx));
 
@@ -211,15 +156,11 @@ TEST_F(BuilderWindow, SigningAndBuildingLockFields) {
 
 TEST_F(BuilderWindow, OnlyTheCurrentSectionsFieldsShow) {
     loadSample();
-    app_->runCommand(kItemSection, kKaynak);
-    EXPECT_FALSE(visible(kFieldConfigUrl));
     app_->runCommand(kItemSection, kKimlik);
     EXPECT_TRUE(visible(kFieldOutName));
-    EXPECT_FALSE(visible(kFieldConfigUrl));
-    EXPECT_FALSE(visible(kFieldOutPath));
+    EXPECT_FALSE(visible(kFieldConfigUrl) || visible(kFieldOutPath) || visible(kFieldLinkFirst));
     app_->runCommand(kItemSection, kBaglantilar);
-    EXPECT_TRUE(visible(kFieldConfigUrl));
-    EXPECT_TRUE(visible(kFieldLinkFirst));
+    EXPECT_TRUE(visible(kFieldConfigUrl) && visible(kFieldLinkFirst));
     EXPECT_FALSE(visible(kFieldOutName));
 }
 
@@ -236,14 +177,17 @@ TEST_F(BuilderWindow, LinkPagesTurnByItemsAndWheelWithoutWrapping) {
     EXPECT_TRUE(visible(kFieldLinkFirst + 4));
     EXPECT_FALSE(visible(kFieldLinkFirst));
 
-    SendMessageW(app_->hwnd(), WM_MOUSEWHEEL, MAKEWPARAM(0, WHEEL_DELTA), 0);
+    auto wheel = [&](int delta) {
+        SendMessageW(app_->hwnd(), WM_MOUSEWHEEL, MAKEWPARAM(0, static_cast<WORD>(delta)), 0);
+    };
+    wheel(WHEEL_DELTA);
     EXPECT_EQ(app_->linkPage(), pages - 2);
-    SendMessageW(app_->hwnd(), WM_MOUSEWHEEL, MAKEWPARAM(0, static_cast<WORD>(-WHEEL_DELTA)), 0);
-    SendMessageW(app_->hwnd(), WM_MOUSEWHEEL, MAKEWPARAM(0, static_cast<WORD>(-WHEEL_DELTA)), 0);
+    wheel(-WHEEL_DELTA);
+    wheel(-WHEEL_DELTA);
     EXPECT_EQ(app_->linkPage(), pages - 1);
     // Outside the links section the wheel leaves the pages alone.
     app_->runCommand(kItemSection, kDavranis);
-    SendMessageW(app_->hwnd(), WM_MOUSEWHEEL, MAKEWPARAM(0, WHEEL_DELTA), 0);
+    wheel(WHEEL_DELTA);
     EXPECT_EQ(app_->linkPage(), pages - 1);
 }
 
@@ -257,8 +201,9 @@ TEST_F(BuilderWindow, WorkerLogLinesArriveThroughMessages) {
     EXPECT_EQ(app_->buildLog().lines()[before + 1].level, 0);
 }
 
+// The start checks themselves are the command line's too (and tested there); here what the window does with
+// their message.
 TEST_F(BuilderWindow, StartChecksStopABuildWithTheirMessage) {
-    setSigning(false);
     app_->loadSkin(L"Z:\\yok\\skin.zip", false);
     app_->runCommand(kItemSection, kDerleme);
     const size_t before = app_->buildLog().size();
@@ -272,50 +217,39 @@ TEST_F(BuilderWindow, StartChecksStopABuildWithTheirMessage) {
     app_->setFieldText(kFieldOutPath, dir.file(L"Kaldra.exe"));
     app_->runCommand(kItemBuildSidebar, 0);
     EXPECT_EQ(app_->section(), kDerleme);
-    EXPECT_EQ(app_->status().rfind(L"Patcher şablonu bulunamadı: ", 0), 0u) << app_->status();
+    EXPECT_EQ(app_->status().rfind(L"Patcher şablonu bulunamadı: ", 0), 0u) << test::fsPath(app_->status());
+    EXPECT_TRUE(app_->statusWarning());
+    EXPECT_FALSE(app_->building());
     ASSERT_EQ(app_->buildLog().size(), before + 1);
     EXPECT_EQ(app_->buildLog().lines().back().level, 3);
-
-    test::writeFile(templatePath(), "MZ");
-    struct Case {
-        std::wstring output;
-        bool signing;
-        std::wstring message;
-    } cases[] = {
-        {dir.file(L"Kaldra.exe.bak"), false, L"Çıktı dosyası .exe ile bitmeli."},
-        {dir.file(L"yok\\Kaldra.exe"), false, L"Çıktı klasörü bulunamadı: " + dir.file(L"yok")},
-        {dir.file(L"Kaldra.EXE"), true, L"İmza açık ama sertifika (.pfx) seçilmedi."},
-    };
-    for (const Case& c : cases) {
-        setSigning(c.signing);
-        app_->setFieldText(kFieldOutPath, c.output);
-        app_->runCommand(kItemBuildPage, 0);
-        EXPECT_EQ(app_->status(), c.message);
-        EXPECT_TRUE(app_->statusWarning());
-        EXPECT_FALSE(app_->building());
-    }
-    setSigning(false);
 }
 
 // A whole build from the window, with this test program standing in for the patcher template (any executable
-// takes the resources).
+// takes the resources); then what the result's commands copy.
 TEST_F(BuilderWindow, BuildsAPatcherOnTheWorkerThread) {
+    // Before any build there is no CRC to copy: the clipboard and the status stay.
+    app_->copyToClipboard(L"önceki");
+    const std::wstring status = app_->status();
+    app_->runCommand(kItemCopyCrc, 0);
+    app_->runCommand(kItemCopySelfUpdate, 0);
+    EXPECT_EQ(clipboardText(), L"önceki");
+    EXPECT_EQ(app_->status(), status);
+
     ASSERT_TRUE(CopyFileW(exePath().c_str(), templatePath().c_str(), FALSE));
-    setSigning(false);
     loadSample();
     test::TempDir dir;
     const std::wstring output = dir.file(L"Kaldra.exe");
     app_->setFieldText(kFieldOutPath, output);
     app_->runCommand(kItemBuildPage, 0);
     EXPECT_TRUE(app_->building());
-    EXPECT_FALSE(IsWindowEnabled(app_->fieldWindow(kFieldConfigUrl)));
+    EXPECT_FALSE(enabled(kFieldConfigUrl));
     // Closing is refused while the worker runs.
     SendMessageW(app_->hwnd(), WM_CLOSE, 0, 0);
     EXPECT_TRUE(IsWindow(app_->hwnd()));
+    EXPECT_EQ(app_->status(), L"Oluşturma sürüyor — bitmesini bekleyin.");
     ASSERT_TRUE(pumpUntil([&] { return !app_->building(); }));
 
-    EXPECT_TRUE(app_->lastBuildSucceeded()) << app_->lastResult().message;
-    EXPECT_TRUE(fileExists(output));
+    ASSERT_TRUE(app_->lastBuildSucceeded()) << test::fsPath(app_->lastResult().message);
     EXPECT_EQ(app_->status(), L"Patcher hazır: Kaldra.exe");
     const auto& all = app_->buildLog().lines();
     size_t start = all.size();
@@ -332,7 +266,27 @@ TEST_F(BuilderWindow, BuildsAPatcherOnTheWorkerThread) {
     EXPECT_NE(lines.back().text.find(L"    Boyut: "), std::wstring::npos);
     for (size_t i = 1; i + 2 < lines.size(); ++i)
         EXPECT_EQ(lines[i].level, 0) << i;
-    EXPECT_TRUE(IsWindowEnabled(app_->fieldWindow(kFieldConfigUrl)));
+    EXPECT_TRUE(enabled(kFieldConfigUrl));
+
+    const Bytes built = test::readFile(output);
+    wchar_t crc[16];
+    swprintf(crc, 16, L"%08X", Crc32::of(built.data(), built.size()));
+    const struct {
+        int item;
+        std::wstring text;
+        const wchar_t* status;
+    } copies[] = {
+        {kItemCopyCrc, crc, L"CRC32 panoya kopyalandı."},
+        {kItemCopySelfUpdate, std::wstring(L"nv_patcher_crc32=") + crc,
+         L"Kendini güncelleme satırı panoya kopyalandı."},
+        {kItemCopyLog, app_->buildLog().plainText(), L"Günlük panoya kopyalandı."},
+    };
+    for (const auto& c : copies) {
+        app_->runCommand(c.item, 0);
+        EXPECT_EQ(clipboardText(), c.text) << c.item;
+        EXPECT_EQ(app_->status(), c.status);
+        EXPECT_FALSE(app_->statusWarning());
+    }
 
     // Once the build is over the window closes.
     SendMessageW(app_->hwnd(), WM_CLOSE, 0, 0);
