@@ -170,9 +170,23 @@ TEST(Template, PreviewSnapshotIsTheSamePictureAsNvbuildRender) {
     EXPECT_EQ(differing(preview, plain, 0, 0, 920, 200), 0);        // the header is the same
 }
 
-TEST(Template, PreviewOpensABorderlessWindowOfTheSkinsSizeThatItsButtonsClose) {
+// The sample whose start button starts "oyun.exe" beside the patcher: a copy of nvbuild told by the run
+// arguments to render the sample into its working folder, as started.png.
+Bytes gameSkin(const test::TempDir& dir) {
+    SkinFileSet files = sampleFiles();
+    const std::string args = "render \"" + test::fsPath(sampleSkin()).string() + "\" started.png";
+    files.putFile("norvane.ini",
+                  test::bytesOf("[patcher]\r\ntitle=Kaldra Online\r\nclose_on_start=1\r\nrun_args=" + args));
+    std::string skinXml = test::textOf(*files.findFile("skin.xml"));
+    skinXml.replace(skinXml.find("Kaldra.exe"), 10, "oyun.exe");
+    files.putFile("skin.xml", test::bytesOf(skinXml));
+    EXPECT_TRUE(CopyFileW(besideTests(L"nvbuild.exe").c_str(), dir.file(L"oyun.exe").c_str(), FALSE));
+    return writeSkinPackage(files);
+}
+
+TEST(Template, PreviewOpensABorderlessWindowOfTheSkinsSizeThatStartsNothingAndItsButtonsClose) {
     test::TempDir dir;
-    Running patcher(templateWith(dir, samplePackage()), L"--preview");
+    Running patcher(templateWith(dir, gameSkin(dir)), L"--preview");
     HWND window = patcher.window(L"NV_Patcher");
     ASSERT_NE(window, nullptr);
     RECT r;
@@ -185,6 +199,9 @@ TEST(Template, PreviewOpensABorderlessWindowOfTheSkinsSizeThatItsButtonsClose) {
     GetWindowTextW(window, title, 200);
     EXPECT_STREQ(title, L"Kaldra Online — Önizleme");
 
+    click(window, 700, 500); // BTN_START: a preview never starts anything
+    Sleep(500);
+    EXPECT_FALSE(fileExists(dir.file(L"started.png")));
     click(window, 845, 28); // BTN_MINIMIZE
     for (int i = 0; i < 100 && !IsIconic(window); ++i)
         Sleep(20);
@@ -196,29 +213,8 @@ TEST(Template, PreviewOpensABorderlessWindowOfTheSkinsSizeThatItsButtonsClose) {
 }
 
 TEST(Template, TheStartButtonStartsTheGameBesideThePatcherWithItsArguments) {
-    // The "game" is a copy of nvbuild told by the run arguments to render the sample into its working folder.
     test::TempDir dir;
-    SkinFileSet files = sampleFiles();
-    const std::string args = "render \"" + test::fsPath(sampleSkin()).string() + "\" started.png";
-    files.putFile("norvane.ini",
-                  test::bytesOf("[patcher]\r\ntitle=Kaldra\r\nclose_on_start=1\r\nrun_args=" + args));
-    std::string skinXml = test::textOf(*files.findFile("skin.xml"));
-    skinXml.replace(skinXml.find("Kaldra.exe"), 10, "oyun.exe");
-    files.putFile("skin.xml", test::bytesOf(skinXml));
-    ASSERT_TRUE(CopyFileW(besideTests(L"nvbuild.exe").c_str(), dir.file(L"oyun.exe").c_str(), FALSE));
-
-    const std::wstring patcherPath = templateWith(dir, writeSkinPackage(files));
-    {
-        Running preview(patcherPath, L"--preview"); // a preview never starts anything
-        HWND window = preview.window(L"NV_Patcher");
-        ASSERT_NE(window, nullptr);
-        click(window, 700, 500); // BTN_START
-        Sleep(500);
-        EXPECT_FALSE(fileExists(dir.file(L"started.png")));
-        PostMessageW(window, WM_CLOSE, 0, 0);
-        EXPECT_EQ(preview.wait(20000), 0);
-    }
-    Running patcher(patcherPath, L"");
+    Running patcher(templateWith(dir, gameSkin(dir)), L"");
     HWND window = patcher.window(L"NV_Patcher");
     ASSERT_NE(window, nullptr);
     click(window, 700, 500);
