@@ -285,24 +285,17 @@ TEST(SkinImages, TheBudgetCountsEachFileOnceAndNamesTheFileThatPassesIt) {
 }
 
 TEST(ParseColor, SixOrEightHexDigitsWithAnOptionalHash) {
-    struct Case {
-        const char* text;
-        bool ok;
-        uint32_t argb;
-    } cases[] = {
-        {"#80FF0000", true, 0x80FF0000},
-        {"FF0000", true, 0xFFFF0000},
-        {"#00ff7f", true, 0xFF00FF7F},
-        {"red", false, 0},
-        {"#12345", false, 0},
-        {"##123456", false, 0},
-        {"12345G", false, 0},
-        {"#123456789", false, 0},
-    };
-    for (const Case& c : cases) {
+    const std::pair<const char*, uint32_t> colours[] = {
+        {"#80FF0000", 0x80FF0000}, {"FF0000", 0xFFFF0000}, {"#00ff7f", 0xFF00FF7F}};
+    for (const auto& [text, expected] : colours) {
+        uint32_t argb = 0;
+        EXPECT_TRUE(parseColor(text, argb)) << text;
+        EXPECT_EQ(argb, expected) << text;
+    }
+    for (const char* text : {"red", "#12345", "##123456", "12345G", "#123456789"}) {
         uint32_t argb = 0xDEADBEEF;
-        EXPECT_EQ(parseColor(c.text, argb), c.ok) << c.text;
-        EXPECT_EQ(argb, c.ok ? c.argb : 0xDEADBEEF) << c.text;
+        EXPECT_FALSE(parseColor(text, argb)) << text;
+        EXPECT_EQ(argb, 0xDEADBEEF) << text << ": a refused text leaves the colour alone";
     }
 }
 
