@@ -7,7 +7,7 @@
 #include "core/paths.h"
 #include "core/text.h"
 #include "skin/package.h"
-#include "skin/skin_source.h"
+#include "skin/workspace.h"
 
 #include <cstdio>
 
@@ -31,17 +31,19 @@ std::wstring writeFailure(const std::wstring& path) {
 int commandPack(const Invocation& invocation, Console& console) {
     const std::wstring& source = invocation.arguments[0];
     const std::wstring& out = invocation.arguments[1];
-    std::wstring message, note;
+    std::wstring message;
     if (!requireExisting(source, message)) return failed(console, message);
     if (!folderExists(source) && !endsWithIgnoreCase(std::wstring_view(source), std::wstring_view(L".zip")))
         return failed(console, L"Klasör ya da .zip değil: " + source);
-    SkinFileSet files;
-    if (!readSkinSource(source, files, message, nullptr, &note)) return failed(console, message);
-    if (!note.empty()) console.errLine(L"Not: " + note);
+    // Loaded as the builder loads a source, so a set without skin.xml (which no patcher could show) is
+    // refused as the builder refuses it.
+    SkinWorkspace workspace;
+    if (!workspace.loadSkinSource(source, message)) return failed(console, message);
+    if (!message.empty()) console.errLine(L"Not: " + message);
 
     // What the patcher's reader would refuse (more files than a package holds) is not written at all.
     Bytes package;
-    if (!packSkinFiles(files, package, &message)) return failed(console, message);
+    if (!packSkinFiles(workspace.files, package, &message)) return failed(console, message);
     if (!writeFileAtomic(out, package)) return failed(console, writeFailure(out));
     return kExitOk;
 }

@@ -80,6 +80,11 @@ int runHelp(const std::vector<std::wstring>& args, Console& console) {
         printOverview(console);
         return kExitOk;
     }
+    // "help" is listed among the commands, so its own help is the overview.
+    if (args[1] == L"help" || args[1] == L"--help" || args[1] == L"-h") {
+        printOverview(console);
+        return kExitOk;
+    }
     const Command* command = findCommand(args[1]);
     if (!command) return generalUsageError(console, L"Bilinmeyen komut: " + args[1]);
     return printHelp(*command, console);
@@ -116,6 +121,11 @@ int parseAndRun(const Command& command, std::span<const std::wstring> args, Cons
             }
             invocation.options.push_back(std::move(given));
         } else if (invocation.arguments.size() < command.arguments.size()) {
+            // An empty path would name the current folder (or nothing): what a script with an unset variable
+            // passes, never what an operator means.
+            if (arg.empty())
+                return invocation.usageError(
+                    console, L"Boş argüman: " + std::wstring(command.arguments[invocation.arguments.size()]));
             invocation.arguments.push_back(arg);
         } else {
             return invocation.usageError(console, L"Fazla argüman: " + arg);

@@ -6,9 +6,10 @@
 // - What a command produces goes to standard output; every failure reason goes to standard error, always,
 //   each message alone on its line (also when the command prints a JSON report on standard output).
 // - A wrong command line says first what is wrong, in one of the fixed forms that the parser writes
-//   ("Bilinmeyen komut: X", "Eksik argüman: X", "Fazla argüman: X", "Bilinmeyen seçenek: X",
-//   "Değer eksik: X", "Seçenek iki kez verildi: X", "Satır sonu içeren değer: X"), then the short usage of
-//   the command. Value checks of a command's own go through Invocation::usageError and follow the same shape.
+//   ("Bilinmeyen komut: X", "Eksik argüman: X", "Boş argüman: X", "Fazla argüman: X", "Bilinmeyen seçenek:
+//   X", "Değer eksik: X", "Seçenek iki kez verildi: X", "Satır sonu içeren değer: X"), then the short usage
+//   of the command. Value checks of a command's own go through Invocation::usageError and follow the same
+//   shape.
 // - "--help" / "-h" after a command, and "nvbuild help COMMAND", print the command's full help on standard
 //   output and exit 0.
 // - An input path that does not exist is reported as "Bulunamadı: " + path before any reader runs

@@ -94,9 +94,13 @@ check "a source that is not there exits 1 and writes nothing" sh -c "[ $? -eq 1 
 
 # More files than a package may hold: pack reads back what it would write and refuses it, as the patcher would.
 mkdir "$work/crowd"
-(cd "$work/crowd" && seq -f 'f%g.txt' 1 4100 | xargs touch)
+(cd "$work/crowd" && seq -f 'f%g.txt' 1 4100 | xargs touch && touch skin.xml)
 nv pack "$(winpath "$work/crowd")" "$(winpath "$work/crowd.nvsk")" >"$work/out" 2>"$work/err"
 check "4100 files are refused by pack (exit 1) with the reader's message and nothing written" \
     sh -c "[ $? -eq 1 ] && grep -qx 'Skin paketi bozuk (adet).' '$work/err' && [ ! -e '$work/crowd.nvsk' ]"
+rm "$work/crowd/skin.xml"
+nv pack "$(winpath "$work/crowd")" "$(winpath "$work/crowd.nvsk")" >"$work/out" 2>"$work/err"
+check "a source without skin.xml is refused by pack as the builder refuses it, nothing written" \
+    sh -c "[ $? -eq 1 ] && grep -qx 'skin.xml bulunamadı (geçerli bir patcher skini değil).' '$work/err' && [ ! -e '$work/crowd.nvsk' ]"
 
 finish

@@ -48,6 +48,8 @@ case_ 2 err "--link ID=URL biçiminde olmalı: URL_SITE" compose "$S" "$O" --lin
 case_ 2 err "Satır sonu içeren değer: --title" compose "$S" "$O" --title $'Kaldra\nauto_start=1'
 case_ 2 err "Satır sonu içeren değer: --run-args" compose "$S" "$O" --run-args $'-x\r'
 case_ 2 err "Bilinmeyen komut: frob" help frob
+case_ 2 err "Boş argüman: DIR" unpack "$O" ""
+case_ 2 err "Boş argüman: SOURCE" inspect ""
 case_ 2 err "Eksik argüman: SOURCE" build
 case_ 2 err "Eksik seçenek: --out" build "$S"
 case_ 2 err "Değer eksik: --sign-password-env" build "$S" --out x.exe --sign-password-env
@@ -64,6 +66,8 @@ overview="nvbuild: Norvane skinlerini paketler, inceler, denetler ve oluşturmay
 case_ 0 out "$overview" --help
 case_ 0 out "$overview" -h
 case_ 0 out "$overview" help
+case_ 0 out "$overview" help help
+case_ 0 out "$overview" help --help
 for command in pack list unpack inspect lint compose; do
     nv help "$command" >"$work/help" 2>"$work/err"
     check "help $command exits 0 with its usage first" \
