@@ -30,6 +30,25 @@ const Bytes* SkinFileSet::findFile(std::string_view name) const {
     return nullptr;
 }
 
+SkinSetFiller::SkinSetFiller(SkinFileSet& set) : set_(set), total_(set.totalBytes()) {
+    // The first of two equal names is the one that putFile would find.
+    for (size_t i = 0; i < set.entries.size(); ++i)
+        index_.try_emplace(set.entries[i].name, i);
+}
+
+void SkinSetFiller::putFile(std::string_view name, Bytes data) {
+    std::string key = asciiLower(name);
+    total_ += data.size();
+    auto [it, added] = index_.try_emplace(key, set_.entries.size());
+    if (added) {
+        set_.entries.push_back({std::move(key), std::move(data)});
+        return;
+    }
+    Bytes& old = set_.entries[it->second].data;
+    total_ -= old.size();
+    old = std::move(data);
+}
+
 uint64_t SkinFileSet::totalBytes() const {
     uint64_t total = 0;
     for (const SkinEntry& entry : entries)

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace nv {
@@ -30,6 +31,22 @@ struct SkinFileSet {
     bool hasFile(std::string_view name) const { return findFile(name) != nullptr; }
     uint64_t totalBytes() const;
     void clear() { entries.clear(); }
+};
+
+// Fills a set with many files in one go (an archive's entries) at a constant cost per file, by putFile's
+// rules: an index of the names and a running total, instead of a scan of the set for each file. An archive of
+// tens of thousands of tiny entries would otherwise cost minutes. Nothing else may change the set while a
+// filler works on it.
+class SkinSetFiller {
+public:
+    explicit SkinSetFiller(SkinFileSet& set);
+    uint64_t totalBytes() const { return total_; }
+    void putFile(std::string_view name, Bytes data);
+
+private:
+    SkinFileSet& set_;
+    std::unordered_map<std::string, size_t> index_; // set name -> position in set_.entries
+    uint64_t total_ = 0;
 };
 
 // The set name of a file ("" when the file does not belong in a skin): the bare name, UTF-8,

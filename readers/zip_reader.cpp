@@ -138,6 +138,7 @@ bool readEntries(SkinFileSet& set, const uint8_t* data, size_t size, int* added,
 
     // The walk trusts the count, not the directory size: each header must lie inside the archive.
     uint64_t pos = directoryOffset;
+    SkinSetFiller filler(set);
     for (uint32_t i = 0; i < count; ++i) {
         const Window header = archive.from(pos);
         if (header.size < kCentralSize || header.u32(0) != kCentralSignature)
@@ -168,9 +169,10 @@ bool readEntries(SkinFileSet& set, const uint8_t* data, size_t size, int* added,
             return fail(error, L"Zip icinde cok buyuk dosya: " + name);
         Bytes bytes;
         if (!extractEntry(archive, entry, name, bytes, error)) return false;
-        if (set.totalBytes() + bytes.size() > SkinFileSet::kMaxTotalBytes)
+        // The current total counts even when the entry will replace an earlier one of the same name.
+        if (filler.totalBytes() + bytes.size() > SkinFileSet::kMaxTotalBytes)
             return fail(error, L"Skin paketi 64 MB sinirini asiyor.");
-        set.putFile(setName, std::move(bytes));
+        filler.putFile(setName, std::move(bytes));
         if (added) ++*added;
     }
     return true;

@@ -109,5 +109,27 @@ TEST(AddSkinFolder, KeepsTheFirstFailureAndGoesOn) {
     EXPECT_EQ(added, 0);
 }
 
+TEST(SkinSetFiller, FillsTheSetExactlyAsPutFileDoes) {
+    // A set that already holds files (one of them named in capitals, as a package read back keeps it), then
+    // new names, repeated names in other cases, and a repeat that shrinks an entry: putFile is the referee.
+    SkinFileSet start;
+    start.putFile("skin.xml", Bytes(5));
+    start.entries.push_back({"Logo.PNG", Bytes(7)});
+    const std::vector<std::pair<std::string, size_t>> puts = {{"a.png", 3}, {"SKIN.xml", 9}, {"logo.png", 2},
+                                                              {"A.PNG", 1}, {"b.txt", 0},    {"Logo.PNG", 4}};
+    SkinFileSet byPutFile = start, byFiller = start;
+    SkinSetFiller filler(byFiller);
+    for (const auto& [name, size] : puts) {
+        byPutFile.putFile(name, Bytes(size, uint8_t(name[0])));
+        filler.putFile(name, Bytes(size, uint8_t(name[0])));
+        EXPECT_EQ(filler.totalBytes(), byPutFile.totalBytes()) << name;
+    }
+    ASSERT_EQ(byFiller.entries.size(), byPutFile.entries.size());
+    for (size_t i = 0; i < byPutFile.entries.size(); ++i) {
+        EXPECT_EQ(byFiller.entries[i].name, byPutFile.entries[i].name);
+        EXPECT_EQ(byFiller.entries[i].data, byPutFile.entries[i].data);
+    }
+}
+
 } // namespace
 } // namespace nv
