@@ -86,7 +86,8 @@ const Command kLintCommand{
     L"aynı kimliği taşıyan iki kontrol; dil dosyasında olmayan bir anahtarı adlandıran link_url; "
     L"norvane.ini'de\n"
     L"aralığa çekilen, varsayılana dönen ya da bilinmeyen ayar; genişliği olmayan metin alanı; hiçbir yerde\n"
-    L"kullanılmayan dosya.\n"
+    L"kullanılmayan dosya; skinde bulunduğu hâlde çözülemeyen görsel (çözücünün nedeniyle); bir pakete\n"
+    L"sığmayacak kadar çok (4096'dan fazla) dosya.\n"
     L"\n"
     L"Her bulgu bir satır: dosya:satır: açıklama. Çıkış 0: bulgu yok; 1: bulgu var (sayısı standart hatada)\n"
     L"ya da skin okunamadı.\n",

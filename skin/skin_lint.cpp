@@ -3,8 +3,10 @@
 #include "core/paths.h"
 #include "core/text.h"
 #include "core/values.h"
+#include "readers/image.h"
 #include "readers/xml.h"
 #include "skin/locale.h"
+#include "skin/package.h"
 #include "skin/settings.h"
 #include "skin/skin_model.h"
 
@@ -160,6 +162,29 @@ private:
         return bytes != nullptr;
     }
 
+    // Why a picture of the set does not decode ("" when it does, or when the set lacks it): the loader only
+    // says that the picture is missing, while the author sees the file right there. Each file is tried once.
+    std::wstring decodeFailure(const std::string& name) {
+        const Bytes* bytes = name.empty() ? nullptr : files_.findFile(bareFileName(name));
+        if (!bytes) return {};
+        auto [it, added] = decodeFailures_.try_emplace(bytes);
+        if (added) {
+            DecodedImage image;
+            if (!decodeImage(bytes->data(), bytes->size(), image, &it->second) && it->second.empty())
+                it->second = L"?";
+        }
+        return it->second;
+    }
+
+    // A picture that is there but does not decode, reported once per file.
+    void undecodable(const std::string& name, size_t offset) {
+        const std::wstring reason = decodeFailure(name);
+        if (reason.empty() || !reportedUndecodable_.insert(files_.findFile(bareFileName(name))).second)
+            return;
+        add("skin.xml", offset, "unreadable-image",
+            L"Görsel açılamadı: " + utf8ToWide(std::string(bareFileName(name))) + L" (" + reason + L")");
+    }
+
     // For a name the set lacks: a file whose name differs only in the case of a letter beyond A-Z (which
     // lookups do not fold) is what the author meant. Says so (once per control: reported), counts it as used.
     bool caseVariant(const std::string& name, size_t offset, bool& reported) {
@@ -187,7 +212,10 @@ private:
         for (std::string_view ext : kSkinImageExtensions)
             candidates.push_back(name + std::string(ext));
         for (const std::string& candidate : candidates)
-            if (found(candidate)) return;
+            if (found(candidate)) {
+                undecodable(candidate, offset);
+                return;
+            }
         bool reported = false;
         for (const std::string& candidate : candidates)
             if (caseVariant(candidate, offset, reported)) return;
@@ -219,7 +247,10 @@ private:
             // A missing up picture is the loader's own warning; only the state pictures' case is added here.
             const ButtonImageNames names = buttonImageNames(c.image);
             for (const std::string* name : {&names.up, &names.on, &names.down, &names.disabled})
-                if (!found(*name)) caseVariant(*name, e.tagBegin, reported);
+                if (!found(*name))
+                    caseVariant(*name, e.tagBegin, reported);
+                else
+                    undecodable(*name, e.tagBegin);
             // Without a usable up picture the loader takes "image" as written.
             if (c.imageUp.empty() || !files_.findFile(bareFileName(names.up)))
                 if (!found(c.image)) caseVariant(c.image, e.tagBegin, reported);
@@ -235,9 +266,12 @@ private:
             if (c.image.empty())
                 add("skin.xml", e.tagBegin, "missing-image",
                     L"Görsel kontrolünün görseli (image) yok: " + idOrIndex(c));
-            else if (found(c.image) && c.imageUp.empty())
-                add("skin.xml", e.tagBegin, "missing-image", L"Görsel açılamadı: " + utf8ToWide(c.image));
-            else if (c.imageUp.empty() && !caseVariant(c.image, e.tagBegin, reported))
+            else if (found(c.image) && c.imageUp.empty()) {
+                const std::wstring reason = decodeFailure(c.image);
+                add("skin.xml", e.tagBegin, "missing-image",
+                    L"Görsel açılamadı: " + utf8ToWide(c.image) +
+                        (reason.empty() ? L"" : L" (" + reason + L")"));
+            } else if (c.imageUp.empty() && !caseVariant(c.image, e.tagBegin, reported))
                 add("skin.xml", e.tagBegin, "missing-image", L"Görsel bulunamadı: " + utf8ToWide(c.image));
             break;
         default:
@@ -369,6 +403,8 @@ private:
     LineIndex lines_; // of skin.xml, whose offsets the findings give
     std::set<const Bytes*> used_;
     std::multimap<std::wstring, const SkinEntry*> folded_;
+    std::map<const Bytes*, std::wstring> decodeFailures_;
+    std::set<const Bytes*> reportedUndecodable_;
 };
 
 } // namespace
@@ -408,6 +444,12 @@ LintReport lintSkin(const SkinFileSet& files) {
     report.loaded = loadSkinModel(files, model, &warnings);
     for (std::wstring& w : warnings)
         report.findings.push_back({"", 0, "loader", std::move(w)});
+    // The loader takes any number of files; a package, and so a build, takes at most this many.
+    if (files.entries.size() > kSkinPackageMaxEntries)
+        report.findings.push_back(
+            {"", 0, "too-many-files",
+             L"Skinde " + std::to_wstring(files.entries.size()) + L" dosya var; pakete en çok " +
+                 std::to_wstring(kSkinPackageMaxEntries) + L" dosya sığar, oluşturma başarısız olur"});
 
     XmlDocument skin;
     const Bytes* skinXml = files.findFile("skin.xml");

@@ -54,6 +54,11 @@ TEST(SkinLint, EachMistakeGivesOneFindingWithItsPlaceOnASkinTheLoaderCallsSound)
          {{"logo.png", test::bytesOf("not a picture")}},
          "skin.xml:2 missing-image",
          "logo.png"},
+        // button state picture that is no picture
+        {"<control type=\"button\" id=\"B\" image=\"btn.png\"/>\n",
+         {{"btn_up.png", icon}, {"btn_dn.png", test::bytesOf("II*\0 a TIFF")}},
+         "skin.xml:2 unreadable-image",
+         "btn_dn.png (Gorsel cozulemedi"},
         // gauge's empty picture missing
         {"<control type=\"gauge\" image_full=\"full\"\n image_empty=\"bos\"/>\n",
          {{"full.png", icon}},
@@ -173,6 +178,26 @@ TEST(SkinLint, ALoaderFailureIsReportedInTheLoadersWordsAndExplainedWhenACaseIsT
     EXPECT_EQ(report.findings[0].message, L"Düzenleme mevcut değil. (arka plan görseli yok: \u00D6n)");
     EXPECT_EQ(report.findings[1].code, "image-case");
     EXPECT_EQ(report.findings[1].line, 1);
+}
+
+TEST(SkinLint, SaysWhyABackgroundThatIsThereFailsAndWhenNoPackageCanHoldTheSet) {
+    SkinFileSet undecodable = skinWith("");
+    undecodable.putFile("main.png", test::bytesOf("II*\0 a TIFF named .png"));
+    const LintReport failed = lintSkin(undecodable);
+    EXPECT_FALSE(failed.loaded);
+    ASSERT_EQ(failed.findings.size(), 2u) << describe(failed);
+    EXPECT_EQ(failed.findings[1].code, "unreadable-image");
+    EXPECT_EQ(failed.findings[1].message,
+              L"Görsel açılamadı: main.png (Gorsel cozulemedi (desteklenen: PNG, JPG, BMP, GIF).)");
+
+    SkinFileSet crowded = skinWith("");
+    for (int i = 0; i < 4094; ++i) // with the three files of the skin, one more than a package holds
+        crowded.putFile("f" + std::to_string(i) + ".txt", {});
+    const LintReport report = lintSkin(crowded);
+    EXPECT_TRUE(report.loaded);
+    ASSERT_FALSE(report.findings.empty());
+    EXPECT_EQ(report.findings[0].code, "too-many-files");
+    EXPECT_NE(report.findings[0].message.find(L"4097"), std::wstring::npos);
 }
 
 TEST(SkinLint, NameCaseFoldingCoversTurkishAndOtherLetters) {
