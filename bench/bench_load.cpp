@@ -1,12 +1,14 @@
 // Skin loading: the sample skin read from its folder and loaded as the preview loads it, and the image bomb
 // (one 8192 x 8192 all-zero PNG of about 260 KB used as the background and by six buttons) next to a single
-// decode of that picture. The bomb must cost about what the single decode costs, in time and in memory.
+// decode of that picture. The bomb must cost about what the single decode costs, in time and in memory. And
+// an archive of as many tiny entries as a zip holds, which must read in about the time of its few megabytes.
 
 #include "bench/bench_harness.h"
 #include "core/crc32.h"
 #include "core/files.h"
 #include "core/paths.h"
 #include "readers/image.h"
+#include "readers/zip_reader.h"
 #include "skin/skin_model.h"
 #include "skin/skin_source.h"
 
@@ -14,6 +16,7 @@
 #include "core/win32/gdiplus_session.h"
 #endif
 
+#include <initializer_list>
 #include <string>
 
 namespace {
@@ -163,6 +166,81 @@ void imageBombSkin() {
     nv::bench::measure("load/image-bomb", 3, [&] { loadOrFail(files, 6); });
 }
 
+struct Field {
+    uint32_t value;
+    int width; // bytes, little-endian
+};
+void put(Bytes& out, std::initializer_list<Field> fields) {
+    for (const Field& f : fields)
+        for (int i = 0; i < f.width; ++i)
+            out.push_back(uint8_t(f.value >> (8 * i)));
+}
+
+// A stored zip of `count` empty, distinct .txt entries: about 6 MB for the most entries a zip without zip64
+// holds, the size of a small skin, so that the reader must not cost more per entry as the set grows.
+Bytes crowdedZip(uint32_t count) {
+    Bytes zip, directory;
+    for (uint32_t i = 0; i < count; ++i) {
+        const std::string name = "f" + std::to_string(i) + ".txt";
+        const uint32_t nameLength = uint32_t(name.size()), offset = uint32_t(zip.size());
+        // signature, version, flags, method, time, date, CRC, sizes, name and extra lengths
+        put(zip, {{0x04034b50, 4},
+                  {10, 2},
+                  {0, 2},
+                  {0, 2},
+                  {0, 2},
+                  {0, 2},
+                  {0, 4},
+                  {0, 4},
+                  {0, 4},
+                  {nameLength, 2},
+                  {0, 2}});
+        zip.insert(zip.end(), name.begin(), name.end());
+        // ... and in the directory: made by, comment length, disk, attributes, local header offset
+        put(directory, {{0x02014b50, 4},
+                        {20, 2},
+                        {10, 2},
+                        {0, 2},
+                        {0, 2},
+                        {0, 2},
+                        {0, 2},
+                        {0, 4},
+                        {0, 4},
+                        {0, 4},
+                        {nameLength, 2},
+                        {0, 2},
+                        {0, 2},
+                        {0, 2},
+                        {0, 2},
+                        {0, 4},
+                        {offset, 4}});
+        directory.insert(directory.end(), name.begin(), name.end());
+    }
+    const uint32_t directoryOffset = uint32_t(zip.size());
+    zip.insert(zip.end(), directory.begin(), directory.end());
+    put(zip, {{0x06054b50, 4},
+              {0, 2},
+              {0, 2},
+              {count, 2},
+              {count, 2},
+              {uint32_t(directory.size()), 4},
+              {directoryOffset, 4},
+              {0, 2}});
+    return zip;
+}
+
+void crowdedArchive() {
+    const Bytes zip = crowdedZip(0xFFFE);
+    nv::bench::measure("read/zip-65534-entries", 3, [&] {
+        nv::SkinFileSet files;
+        std::wstring message;
+        if (!nv::readZipSkinBytes(files, zip.data(), zip.size(), nullptr, &message) ||
+            files.entries.size() != 0xFFFE)
+            nv::bench::fail("the crowded archive did not read");
+        nv::bench::keep(&files);
+    });
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -174,5 +252,6 @@ int main(int argc, char** argv) {
                                    {"load/sample", sampleSkin},
                                    {"decode/bomb-picture", singleDecode},
                                    {"load/image-bomb", imageBombSkin},
+                                   {"read/zip-65534-entries", crowdedArchive},
                                });
 }
