@@ -229,7 +229,7 @@ void textReport(Console& console, const std::wstring& source, const SkinWorkspac
     console.outLine(L"Uyarılar (" + number(int64_t(warnings.size())) + L" uyarı):");
     if (warnings.empty()) console.outLine(L"  Tüm görseller bulundu; skin sorunsuz.");
     for (const std::wstring& w : warnings)
-        console.outLine(L"  " + w);
+        console.outLine(L"  " + printable(w));
 }
 
 int commandInspect(const Invocation& invocation, Console& console) {

@@ -3,6 +3,7 @@
 #include "cli/json_writer.h"
 #include "cli/nvbuild.h"
 #include "cli/skin_input.h"
+#include "cli/text_columns.h"
 #include "core/text.h"
 #include "skin/skin_lint.h"
 
@@ -32,7 +33,7 @@ std::string jsonReport(const LintReport& report) {
 std::wstring findingLine(const LintFinding& f) {
     std::wstring place = utf8ToWide(f.file);
     if (f.line > 0) place += L":" + std::to_wstring(f.line);
-    return place.empty() ? f.message : place + L": " + f.message;
+    return printable(place.empty() ? f.message : place + L": " + f.message);
 }
 
 int commandLint(const Invocation& invocation, Console& console) {

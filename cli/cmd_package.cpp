@@ -2,6 +2,7 @@
 
 #include "cli/nvbuild.h"
 #include "cli/skin_input.h"
+#include "cli/text_columns.h"
 #include "core/crc32.h"
 #include "core/files.h"
 #include "core/paths.h"
@@ -56,7 +57,7 @@ int commandList(const Invocation& invocation, Console& console) {
         char head[48];
         std::snprintf(head, sizeof head, "%llu\t%08X\t", static_cast<unsigned long long>(entry.data.size()),
                       Crc32::of(entry.data.data(), entry.data.size()));
-        console.outLine(widenAscii(head) + utf8ToWide(entry.name));
+        console.outLine(widenAscii(head) + printable(utf8ToWide(entry.name)));
     }
     return kExitOk;
 }

@@ -4,6 +4,13 @@
 
 namespace nv {
 
+std::wstring printable(std::wstring_view text) {
+    std::wstring out(text);
+    for (wchar_t& c : out)
+        if (c < 0x20 || c == 0x7F) c = L'?';
+    return out;
+}
+
 void TextColumns::print(Console& console) const {
     std::vector<size_t> widths;
     for (const auto& cells : rows_) {

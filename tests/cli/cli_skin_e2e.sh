@@ -48,6 +48,16 @@ nv inspect "$(winpath "$work/nobg")" >"$work/out" 2>"$work/err"
 check "a skin without its background exits 1" [ $? -eq 1 ]
 check "... with the loader's words on stderr" grep -qx "Düzenleme mevcut değil. (arka plan görseli yok: bg)" "$work/err"
 
+copy_sample controlchars
+sed -i '0,/<control /s||<control type="text" id="A\&#10;B\&#27;[2J" text="x\&#13;\&#10;y" width="5"/><control |' \
+    "$work/controlchars/skin.xml"
+nv inspect "$(winpath "$work/controlchars")" >"$work/out" 2>"$work/err"
+check "line breaks and escapes in a skin's ids and texts stay inside their report row" python3 -c "
+import re, sys
+text = open(sys.argv[1], encoding='utf-8').read()
+rows = [l for l in text.splitlines() if re.match(r'  \d+ ', l)]
+sys.exit(0 if len(rows) == 23 and '\x1b' not in text and 'A?B?[2J' in rows[0] else 1)" "$work/out"
+
 copy_sample noaddress
 rm "$work/noaddress/Fernwick.url.xml"
 nv inspect "$(winpath "$work/noaddress")" --json >"$work/out.json" 2>"$work/err"
