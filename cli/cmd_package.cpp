@@ -15,9 +15,22 @@
 namespace nv {
 namespace {
 
-// Entry names come from the package as they stand; only a bare file name may become a file in the folder.
+// Windows opens these names as devices whatever their extension ("con.png" is the console), at least before
+// Windows 11.
+bool isDeviceName(const std::string& name) {
+    const std::string base = asciiLower(std::string_view(name).substr(0, name.find('.')));
+    for (const char* device : {"con", "prn", "aux", "nul", "conin$", "conout$"})
+        if (base == device) return true;
+    return base.size() == 4 && (base.starts_with("com") || base.starts_with("lpt")) && base[3] >= '0' &&
+           base[3] <= '9';
+}
+
+// Entry names come from the package as they stand; only a bare file name may become a file in the folder,
+// and only one that Windows keeps as it is (it drops a trailing dot or space, so two entries could meet).
 bool isSafeFileName(const std::string& name) {
-    if (name.empty() || name == "." || name == "..") return false;
+    if (name.empty() || name == "." || name == ".." || name.back() == '.' || name.back() == ' ' ||
+        isDeviceName(name))
+        return false;
     for (unsigned char c : name)
         if (c < 0x20 || c == '/' || c == '\\' || c == ':' || c == '*' || c == '?' || c == '"' || c == '<' ||
             c == '>' || c == '|')

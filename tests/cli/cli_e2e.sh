@@ -92,6 +92,18 @@ check "unpacking a damaged package creates nothing" [ ! -e "$work/never" ]
 nv pack "$(winpath "$work/nothing-here")" "$(winpath "$work/x.nvsk")" >"$work/out" 2>"$work/err"
 check "a source that is not there exits 1 and writes nothing" sh -c "[ $? -eq 1 ] && [ ! -e '$work/x.nvsk' ]"
 
+# A foreign package whose names Windows would not keep as they are: a device, a trailing dot, a folder part.
+for name in con.png Com1.txt 'a.png.' 'x/../b.png'; do
+    python3 -c "
+import struct, sys, zlib
+name, body = sys.argv[1].encode(), b'data'
+p = b'NVSK' + struct.pack('<II', 1, 1) + struct.pack('<H', len(name)) + name + struct.pack('<I', len(body)) + body
+open(sys.argv[2], 'wb').write(p + struct.pack('<I', zlib.crc32(p)))" "$name" "$work/odd.nvsk"
+    nv unpack "$(winpath "$work/odd.nvsk")" "$(winpath "$work/odd")" >"$work/out" 2>"$work/err"
+    check "unpack refuses the entry name '$name' and writes nothing" \
+        sh -c "[ $? -eq 1 ] && grep -qxF 'Geçersiz dosya adı: $name' '$work/err' && [ ! -e '$work/odd' ]"
+done
+
 # More files than a package may hold: pack reads back what it would write and refuses it, as the patcher would.
 mkdir "$work/crowd"
 (cd "$work/crowd" && seq -f 'f%g.txt' 1 4100 | xargs touch && touch skin.xml)
