@@ -171,7 +171,8 @@ TEST(Template, PreviewSnapshotIsTheSamePictureAsNvbuildRender) {
 }
 
 // The sample whose start button starts "oyun.exe" beside the patcher: a copy of nvbuild told by the run
-// arguments to render the sample into its working folder, as started.png.
+// arguments to render the sample into its working folder, as started.png. Its site button's link is a script
+// that leaves opened.txt.
 Bytes gameSkin(const test::TempDir& dir) {
     SkinFileSet files = sampleFiles();
     const std::string args = "render \"" + test::fsPath(sampleSkin()).string() + "\" started.png";
@@ -179,12 +180,16 @@ Bytes gameSkin(const test::TempDir& dir) {
                   test::bytesOf("[patcher]\r\ntitle=Kaldra Online\r\nclose_on_start=1\r\nrun_args=" + args));
     std::string skinXml = test::textOf(*files.findFile("skin.xml"));
     skinXml.replace(skinXml.find("Kaldra.exe"), 10, "oyun.exe");
+    const std::string site = "https://www.kaldra.example/";
+    skinXml.replace(skinXml.find(site), site.size(), test::fsPath(dir.file(L"site.bat")).string());
+    test::writeFile(dir.file(L"site.bat"),
+                    "@echo opened> \"" + test::fsPath(dir.file(L"opened.txt")).string() + "\"\r\n");
     files.putFile("skin.xml", test::bytesOf(skinXml));
     EXPECT_TRUE(CopyFileW(besideTests(L"nvbuild.exe").c_str(), dir.file(L"oyun.exe").c_str(), FALSE));
     return writeSkinPackage(files);
 }
 
-TEST(Template, PreviewOpensABorderlessWindowOfTheSkinsSizeThatStartsNothingAndItsButtonsClose) {
+TEST(Template, PreviewOpensABorderlessWindowOfTheSkinsSizeThatStartsNothingOpensLinksAndItsButtonsClose) {
     test::TempDir dir;
     Running patcher(templateWith(dir, gameSkin(dir)), L"--preview");
     HWND window = patcher.window(L"NV_Patcher");
@@ -200,7 +205,10 @@ TEST(Template, PreviewOpensABorderlessWindowOfTheSkinsSizeThatStartsNothingAndIt
     EXPECT_STREQ(title, L"Kaldra Online — Önizleme");
 
     click(window, 700, 500); // BTN_START: a preview never starts anything
-    Sleep(500);
+    click(window, 700, 311); // URL_SITE: but links open, the operator checks them there
+    for (int i = 0; i < 200 && !fileExists(dir.file(L"opened.txt")); ++i)
+        Sleep(50);
+    EXPECT_TRUE(fileExists(dir.file(L"opened.txt")));
     EXPECT_FALSE(fileExists(dir.file(L"started.png")));
     click(window, 845, 28); // BTN_MINIMIZE
     for (int i = 0; i < 100 && !IsIconic(window); ++i)
