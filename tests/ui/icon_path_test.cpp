@@ -104,18 +104,6 @@ TEST(IconPath, EveryIconOfTheTableStaysOnItsGrid) {
     }
 }
 
-TEST(IconPath, PlacementCentresTheLargestSquare) {
-    struct Case {
-        double w, h, scale, dx, dy;
-    } cases[] = {{48, 24, 1, 12, 0}, {24, 48, 1, 0, 12}, {36, 36, 1.5, 0, 0}, {0, 10, 0, 0, 5}};
-    for (const Case& c : cases) {
-        const IconPlacement p = placeIcon(c.w, c.h);
-        EXPECT_DOUBLE_EQ(p.scale, c.scale);
-        EXPECT_DOUBLE_EQ(p.offsetX, c.dx);
-        EXPECT_DOUBLE_EQ(p.offsetY, c.dy);
-    }
-}
-
 TEST(Style, BlendAndScale) {
     struct BlendCase {
         Rgb a, b;
