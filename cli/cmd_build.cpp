@@ -109,6 +109,8 @@ int commandBuild(const Invocation& invocation, Console& console) {
     if (!sessionFile && !loadSkinInput(source, workspace, message, note)) return failed(console, message);
     if (!note.empty()) console.errLine(L"Not: " + note);
     if (!applySkinEdits(edits, workspace, error)) return failed(console, error);
+    for (const std::wstring& line : editsWithoutPlace(edits, workspace))
+        console.errLine(L"Not: " + line);
 
     if (!checkBuildStart(inputs, message)) return failed(console, message);
     console.outLine(L"Oluşturma başladı → " + inputs.outputPath);

@@ -21,6 +21,8 @@ int commandCompose(const Invocation& invocation, Console& console) {
     if (!loadSkinInput(source, workspace, message, note)) return failed(console, message);
     if (!note.empty()) console.errLine(L"Not: " + note);
     if (!applySkinEdits(edits, workspace, error)) return failed(console, error);
+    for (const std::wstring& line : editsWithoutPlace(edits, workspace))
+        console.errLine(L"Not: " + line);
 
     Bytes package;
     std::vector<std::wstring> messages;

@@ -2,6 +2,7 @@
 
 #include "core/text.h"
 #include "core/values.h"
+#include "readers/xml.h"
 
 namespace nv {
 namespace {
@@ -78,6 +79,29 @@ bool applySkinEdits(const SkinEdits& edits, SkinWorkspace& ws, std::wstring& err
         }
     }
     return true;
+}
+
+std::vector<std::wstring> editsWithoutPlace(const SkinEdits& edits, const SkinWorkspace& workspace) {
+    std::vector<std::wstring> notes;
+    const auto present = [&](const std::string& name) {
+        return name.empty() ? nullptr : workspace.files.findFile(name);
+    };
+    if (edits.newsUrl && !edits.newsUrl->empty() && !present(workspace.localeFile))
+        notes.push_back(L"--news-url yazılmadı: skinde dil dosyası yok");
+    if (edits.configUrl && !edits.configUrl->empty()) {
+        const Bytes* address = present(workspace.addressFile);
+        XmlDocument document;
+        if (!address)
+            notes.push_back(L"--config-url yazılmadı: skinde adres dosyası yok");
+        else if (parseXml(std::string_view(reinterpret_cast<const char*>(address->data()), address->size()),
+                          document) &&
+                 !document.root.hasAttribute("remoteConfigPath"))
+            notes.push_back(L"--config-url yazılmadı: " + utf8ToWide(workspace.addressFile) +
+                            L" remoteConfigPath taşımıyor");
+    }
+    if (edits.feedUrl && !workspace.hasFeed)
+        notes.push_back(L"--feed-url yazılmadı: skinde kimliği FEED_ ile başlayan kontrol yok");
+    return notes;
 }
 
 } // namespace nv

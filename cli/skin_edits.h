@@ -49,12 +49,20 @@ inline constexpr std::wstring_view kSkinEditsHelp =
     L"  --link ID=URL         kimliği ID olan butonun açacağı adres (kimlikte büyük/küçük harf fark etmez);\n"
     L"                        tekrarlanabilir. Butonun link_url'ü bir dil anahtarıysa adres dil dosyasına o\n"
     L"                        anahtarla yazılır, değilse skin.xml'e. Skinde o kimlikte buton yoksa çıkış "
-    L"1.\n";
+    L"1.\n"
+    L"Skinde yeri olmayan adres (dil dosyası, remoteConfigPath ya da FEED_ kontrolü yoksa) yazılmaz; her "
+    L"biri\n"
+    L"için standart hataya bir \"Not: \" satırı yazılır.\n";
 
 // Reads the options into edits. On a value out of its range or form, error says which and why.
 bool readSkinEdits(const Invocation& invocation, SkinEdits& edits, std::wstring& error);
 
 // The edits land where the builder's fields would put them; a link for an id without a button is refused.
 bool applySkinEdits(const SkinEdits& edits, SkinWorkspace& workspace, std::wstring& error);
+
+// The given edits that this skin offers no place for, so that composing would drop them: a news address
+// without a locale file, a configuration address without an address file that carries remoteConfigPath, a
+// feed address without FEED_ controls. One line each, for a note on standard error.
+std::vector<std::wstring> editsWithoutPlace(const SkinEdits& edits, const SkinWorkspace& workspace);
 
 } // namespace nv

@@ -97,7 +97,7 @@ nv compose "$(winpath "$sample")" "$(winpath "$work/edited.nvsk")" --config-url 
     --news-url https://yeni.example/haber --feed-url https://yeni.example/feed --title 'Kaldra Türkiye' --conn 6 --seg 16 \
     --close-on-start 0 --auto-start 1 --allow-error 1 --browser-emu 0 --run-args '-fullscreen "x"' \
     --link 'url_site=https://site.example/"q"' --link URL_SUPPORT=https://yardim.example/ >"$work/out" 2>"$work/err"
-check "compose with every edit exits 0" [ $? -eq 0 ]
+check "compose with every edit exits 0 and notes nothing" sh -c "[ $? -eq 0 ] && ! grep -q '^Not: ' '$work/err'"
 nv unpack "$(winpath "$work/edited.nvsk")" "$(winpath "$work/edited")" >/dev/null 2>&1
 check "... writes norvane.ini whole from the edits" cmp -s "$work/edited/norvane.ini" <(printf '; Norvane ayarlari (yapici tarafindan yazilir)\r\n[patcher]\r\ntitle=Kaldra Türkiye\r\nconnections=6\r\nsegment_mb=16\r\nclose_on_start=0\r\nauto_start=1\r\nallow_start_on_error=1\r\nbrowser_emulation=0\r\nrun_args=-fullscreen "x"\r\n')
 check "... sets the server address, escaped" grep -q 'remoteConfigPath="https://yeni.example/cfg.xml?a=1&amp;b=2"' "$work/edited/fernwick.url.xml"
@@ -119,6 +119,18 @@ nv compose "$(winpath "$work/lowerfeed")" "$(winpath "$work/lowerfeed.nvsk")" --
 nv unpack "$(winpath "$work/lowerfeed.nvsk")" "$(winpath "$work/lowerfeed-out")" >/dev/null 2>&1
 check "feed controls in lower case take --feed-url" grep -q 'feed_url="https://yeni.example/durum"' \
     "$work/lowerfeed-out/skin.xml"
+
+# An edit that the skin has no place for is composed away, and said so: skin change, option, note.
+copy_sample placeless
+rm "$work/placeless/Fernwick.locale.xml"
+sed -i 's/remoteConfigPath="[^"]*"//; ' "$work/placeless/Fernwick.url.xml"
+sed -i 's/id="FEED_/id="STATUS_/' "$work/placeless/skin.xml"
+nv compose "$(winpath "$work/placeless")" "$(winpath "$work/placeless.nvsk")" --news-url https://n.example/ \
+    --config-url https://c.example/ --feed-url https://f.example/ >"$work/out" 2>"$work/err"
+check "edits without a place in the skin exit 0 with one note each" sh -c "[ $? -eq 0 ] && [ \"\$(tr -d '\r' <'$work/err')\" = \
+\"Not: --news-url yazılmadı: skinde dil dosyası yok
+Not: --config-url yazılmadı: fernwick.url.xml remoteConfigPath taşımıyor
+Not: --feed-url yazılmadı: skinde kimliği FEED_ ile başlayan kontrol yok\" ]"
 
 nv compose "$(winpath "$work/nobg")" "$(winpath "$work/nobg.nvsk")" >"$work/out" 2>"$work/err"
 check "compose of a skin that cannot load exits 1" [ $? -eq 1 ]
