@@ -91,9 +91,10 @@ TEST(Layout, FrameColumns) {
     EXPECT_LE(tiny.page.top, tiny.page.bottom);
 }
 
-// Every section, loaded or not, at the normal and the minimum size and at 144 DPI: blocks stay inside the
-// window, page content inside the page area, cards do not overlap, field boxes neither, the edit controls
-// fit their rows, and the page's own words are never cut off (only paths are shortened).
+// Every section, loaded or not (the Derleme page in each of its states), at the normal and the minimum size
+// and at 144 DPI: blocks stay inside the window, page content inside the page area, cards do not overlap,
+// field boxes neither, the edit controls fit their rows, and the page's own words are never cut off (only
+// paths are shortened).
 TEST(Layout, SectionsFitTheirColumns) {
     struct Size {
         int w, h, dpi;
@@ -101,12 +102,23 @@ TEST(Layout, SectionsFitTheirColumns) {
     for (const Size& size : sizes) {
         const FakeMeasure measure(size.dpi);
         for (int section = 0; section < kSectionCount; ++section) {
-            for (bool loaded : {false, true}) {
+            // Nothing loaded, then a loaded skin in every state of the Derleme page.
+            for (int state = -1; state <= static_cast<int>(BuildPageState::Failed); ++state) {
+                const bool loaded = state >= 0;
+                if (loaded && state != static_cast<int>(BuildPageState::Done) && section != kDerleme)
+                    continue;
                 SCOPED_TRACE(std::to_string(size.w) + "x" + std::to_string(size.h) + "@" +
-                             std::to_string(size.dpi) + " section " + std::to_string(section) +
-                             (loaded ? " loaded" : " empty"));
+                             std::to_string(size.dpi) + " section " + std::to_string(section) + " state " +
+                             std::to_string(state));
                 PageModel model = loaded ? loadedModel(section) : PageModel{};
                 model.section = section;
+                if (loaded) model.buildState = static_cast<BuildPageState>(state);
+                model.hasResult = model.buildState == BuildPageState::Done; // a finished build's numbers
+                if (model.buildState == BuildPageState::Ready) model.outputPath.clear();
+                if (model.buildState == BuildPageState::Building) model.building = true;
+                if (model.buildState == BuildPageState::Failed)
+                    model.lastMessage =
+                        L"Çıktı dosyası kullanımda (patcher açık olabilir): C:\\Oyunlar\\Kaldra.exe";
                 const WindowLayout layout = layoutWindow(size.w, size.h, size.dpi, model, measure);
                 const FrameLayout& f = layout.frame;
                 std::vector<Rect> cards, boxes;
