@@ -75,6 +75,9 @@ int commandBuild(const Invocation& invocation, Console& console) {
     }
     overrideText(invocation, L"--out", inputs.outputPath);
     if (inputs.outputPath.empty()) return invocation.usageError(console, L"Eksik seçenek: --out");
+    // The window always holds a full path; a name typed here means the current folder, as on any command
+    // line.
+    inputs.outputPath = absolutePath(inputs.outputPath);
     inputs.templatePath = invocation.has(L"--template") ? text(invocation, L"--template")
                                                         : pathJoin(exeFolder(), L"Norvane.Template.exe");
     VersionInfoFields& version = inputs.version;

@@ -28,6 +28,10 @@ bool createFolders(const std::wstring& path);
 bool fileExists(const std::wstring& path);
 bool folderExists(const std::wstring& path);
 
+// The path made absolute against the current folder (a path typed on a command line); an empty path, or one
+// the system cannot resolve, comes back as it was.
+std::wstring absolutePath(const std::wstring& path);
+
 // The system's text for an error code followed by " (code)", or "Hata kodu " + code when it has none.
 std::wstring systemErrorText(uint32_t code);
 

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <new>
 
@@ -130,6 +131,15 @@ bool fileExists(const std::wstring& path) {
 bool folderExists(const std::wstring& path) {
     struct stat st;
     return ::stat(native(path).c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+std::wstring absolutePath(const std::wstring& path) {
+    if (path.empty() || path[0] == L'/') return path;
+    char* cwd = ::getcwd(nullptr, 0);
+    if (!cwd) return path;
+    const std::wstring folder = utf8ToWide(cwd);
+    ::free(cwd);
+    return pathJoin(folder, path);
 }
 
 bool createFolders(const std::wstring& path) {

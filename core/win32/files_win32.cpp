@@ -100,6 +100,21 @@ bool folderExists(const std::wstring& path) {
     return a != INVALID_FILE_ATTRIBUTES && (a & FILE_ATTRIBUTE_DIRECTORY);
 }
 
+std::wstring absolutePath(const std::wstring& path) {
+    if (path.empty()) return path;
+    std::wstring full(MAX_PATH, L'\0');
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        const DWORD length = GetFullPathNameW(path.c_str(), DWORD(full.size()), full.data(), nullptr);
+        if (length == 0) return path;
+        if (length < full.size()) {
+            full.resize(length);
+            return full;
+        }
+        full.resize(length); // too small: length is the size needed, terminator included
+    }
+    return path;
+}
+
 bool createFolders(const std::wstring& path) {
     if (path.empty() || folderExists(path)) return true;
     std::wstring parent = pathParent(path);

@@ -84,6 +84,8 @@ nv list "$(winpath "$work/composed.nvsk")" >"$work/list.nvsk"
 check "... which is the package compose writes with the same edits" cmp -s "$work/list.exe" "$work/list.nvsk"
 nv unpack "$O" "$(winpath "$work/unpacked")" 2>"$work/err"
 check "unpack writes the patcher's files" cmp -s "$sample/bg.png" "$work/unpacked/bg.png"
+(cd "$work/out-dir" && nv build "$S" --out Goreli.exe --template "$T" >"$work/out" 2>"$work/err")
+check "an output named without a folder lands in the current folder" [ -s "$work/out-dir/Goreli.exe" ]
 
 # --- signing through the stand-in signtool.exe ---------------------------------------------------------------
 cp "$work/out-dir/Kaldra.exe" "$work/previous.exe"
