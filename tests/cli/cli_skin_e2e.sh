@@ -87,7 +87,7 @@ check "a damaged zip exits 1 with the reader's message" sh -c "[ $? -eq 1 ] && g
 # --- compose: the package a build would embed ---------------------------------------------------------------
 nv compose "$(winpath "$sample")" "$(winpath "$work/plain.nvsk")" >"$work/out" 2>"$work/err"
 check "compose of the sample without edits exits 0 and warns of nothing" sh -c "[ $? -eq 0 ] && [ ! -s '$work/err' ]"
-nv unpack "$(winpath "$work/plain.nvsk")" "$(winpath "$work/plain")" >/dev/null 2>&1
+nv unpack "$(winpath "$work/plain.nvsk")" "$(winpath "$work/plain")" >/dev/null 2>"$work/err" || { echo "unpack failed:"; cat "$work/err"; }
 check "... keeps skin.xml byte for byte" cmp -s "$sample/skin.xml" "$work/plain/skin.xml"
 check "... keeps the address file byte for byte" cmp -s "$sample/Fernwick.url.xml" "$work/plain/fernwick.url.xml"
 check "... keeps the locale file byte for byte" cmp -s "$sample/Fernwick.locale.xml" "$work/plain/fernwick.locale.xml"
@@ -98,7 +98,7 @@ nv compose "$(winpath "$sample")" "$(winpath "$work/edited.nvsk")" --config-url 
     --close-on-start 0 --auto-start 1 --allow-error 1 --browser-emu 0 --run-args '-fullscreen "x"' \
     --link 'url_site=https://site.example/"q"' --link URL_SUPPORT=https://yardim.example/ >"$work/out" 2>"$work/err"
 check "compose with every edit exits 0 and notes nothing" sh -c "[ $? -eq 0 ] && ! grep -q '^Not: ' '$work/err'"
-nv unpack "$(winpath "$work/edited.nvsk")" "$(winpath "$work/edited")" >/dev/null 2>&1
+nv unpack "$(winpath "$work/edited.nvsk")" "$(winpath "$work/edited")" >/dev/null 2>"$work/err" || { echo "unpack failed:"; cat "$work/err"; }
 check "... writes norvane.ini whole from the edits" cmp -s "$work/edited/norvane.ini" <(printf '; Norvane ayarlari (yapici tarafindan yazilir)\r\n[patcher]\r\ntitle=Kaldra Türkiye\r\nconnections=6\r\nsegment_mb=16\r\nclose_on_start=0\r\nauto_start=1\r\nallow_start_on_error=1\r\nbrowser_emulation=0\r\nrun_args=-fullscreen "x"\r\n')
 check "... sets the server address, escaped" grep -q 'remoteConfigPath="https://yeni.example/cfg.xml?a=1&amp;b=2"' "$work/edited/fernwick.url.xml"
 check "... sets the feed address" grep -q 'feed_url="https://yeni.example/feed"' "$work/edited/skin.xml"
@@ -116,7 +116,7 @@ copy_sample lowerfeed
 sed -i 's/id="FEED_/id="feed_/' "$work/lowerfeed/skin.xml"
 nv compose "$(winpath "$work/lowerfeed")" "$(winpath "$work/lowerfeed.nvsk")" --feed-url https://yeni.example/durum \
     >"$work/out" 2>"$work/err"
-nv unpack "$(winpath "$work/lowerfeed.nvsk")" "$(winpath "$work/lowerfeed-out")" >/dev/null 2>&1
+nv unpack "$(winpath "$work/lowerfeed.nvsk")" "$(winpath "$work/lowerfeed-out")" >/dev/null 2>"$work/err" || { echo "unpack failed:"; cat "$work/err"; }
 check "feed controls in lower case take --feed-url" grep -q 'feed_url="https://yeni.example/durum"' \
     "$work/lowerfeed-out/skin.xml"
 

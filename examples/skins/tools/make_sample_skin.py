@@ -117,7 +117,7 @@ def skin_xml():
             ("image_full", "gauge_sub_full.png"), ("image_empty", "gauge_sub_empty.png"),
             ("w", str(GAUGE_W)), ("h", str(SUB_GAUGE_H))]),
         ("button", [("id", "BTN_START")] + at(START[0], START[1]) + [
-            ("image", "btn_start.png"), ("exec_path", "Kaldra.exe"), ("enable_on_complete", "1")]),
+            ("image", "btn_start.png"), ("exec_path", "KaldraOyun.exe"), ("enable_on_complete", "1")]),
     ]
     for c in controls:
         if c is None:

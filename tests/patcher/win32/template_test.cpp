@@ -179,7 +179,7 @@ Bytes gameSkin(const test::TempDir& dir) {
     files.putFile("norvane.ini",
                   test::bytesOf("[patcher]\r\ntitle=Kaldra Online\r\nclose_on_start=1\r\nrun_args=" + args));
     std::string skinXml = test::textOf(*files.findFile("skin.xml"));
-    skinXml.replace(skinXml.find("Kaldra.exe"), 10, "oyun.exe");
+    skinXml.replace(skinXml.find("KaldraOyun.exe"), 14, "oyun.exe");
     const std::string site = "https://www.kaldra.example/";
     skinXml.replace(skinXml.find(site), site.size(), test::fsPath(dir.file(L"site.bat")).string());
     test::writeFile(dir.file(L"site.bat"),
@@ -258,7 +258,7 @@ TEST(Template, ReportsWhatStopsItInAMessageBox) {
     // The start button's game is not there.
     SkinFileSet files = sampleFiles();
     std::string skinXml = test::textOf(*files.findFile("skin.xml"));
-    skinXml.replace(skinXml.find("Kaldra.exe"), 10, "yok.exe");
+    skinXml.replace(skinXml.find("KaldraOyun.exe"), 14, "yok.exe");
     files.putFile("skin.xml", test::bytesOf(skinXml));
     Running patcher(templateWith(dir, writeSkinPackage(files)), L"");
     HWND window = patcher.window(L"NV_Patcher");
