@@ -1,26 +1,12 @@
 #include "build/icon.h"
 
+#include "core/byte_order.h"
 #include "core/text.h"
 
 #include <algorithm>
 
 namespace nv {
 namespace {
-
-uint16_t get16(const uint8_t* p) {
-    return uint16_t(p[0] | p[1] << 8);
-}
-uint32_t get32(const uint8_t* p) {
-    return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
-}
-void add16(Bytes& out, uint32_t v) {
-    out.push_back(uint8_t(v));
-    out.push_back(uint8_t(v >> 8));
-}
-void add32(Bytes& out, uint32_t v) {
-    add16(out, v & 0xFFFF);
-    add16(out, v >> 16);
-}
 
 constexpr size_t kIcoHeader = 6;
 constexpr size_t kIcoEntry = 16;
@@ -80,15 +66,15 @@ Bytes iconBitmap(const std::vector<uint32_t>& pixels, int side) {
     const uint32_t imageSize = 4 * uint32_t((side + 31) / 32 + side) * uint32_t(side);
     Bytes out;
     out.reserve(40 + imageSize);
-    add32(out, 40);
-    add32(out, uint32_t(side));
-    add32(out, uint32_t(side) * 2);
-    add16(out, 1);
-    add16(out, 32);
-    add32(out, 0);
-    add32(out, imageSize);
+    appendLe32(out, 40);
+    appendLe32(out, uint32_t(side));
+    appendLe32(out, uint32_t(side) * 2);
+    appendLe16(out, 1);
+    appendLe16(out, 32);
+    appendLe32(out, 0);
+    appendLe32(out, imageSize);
     for (int i = 0; i < 4; ++i)
-        add32(out, 0);
+        appendLe32(out, 0);
     for (int y = side - 1; y >= 0; --y)
         for (int x = 0; x < side; ++x) {
             uint32_t p = pixels[size_t(y) * size_t(side) + size_t(x)];
@@ -105,7 +91,7 @@ Bytes iconBitmap(const std::vector<uint32_t>& pixels, int side) {
 } // namespace
 
 bool isIcoHeader(const Bytes& ico) {
-    return ico.size() >= 22 && get16(&ico[0]) == 0 && get16(&ico[2]) == 1 && get16(&ico[4]) != 0;
+    return ico.size() >= 22 && readLe16(&ico[0]) == 0 && readLe16(&ico[2]) == 1 && readLe16(&ico[4]) != 0;
 }
 
 bool readIcoDirectory(const Bytes& ico, std::vector<IcoEntry>& entries, std::wstring& message) {
@@ -114,14 +100,15 @@ bool readIcoDirectory(const Bytes& ico, std::vector<IcoEntry>& entries, std::wst
         message = L"İkon dosyası geçersiz.";
         return false;
     }
-    const size_t count = get16(&ico[4]);
+    const size_t count = readLe16(&ico[4]);
     if (kIcoHeader + kIcoEntry * count > ico.size()) {
         message = L"İkon dosyası bozuk.";
         return false;
     }
     for (size_t i = 0; i < count; ++i) {
         const uint8_t* e = &ico[kIcoHeader + kIcoEntry * i];
-        IcoEntry entry{e[0], e[1], e[2], e[3], get16(e + 4), get16(e + 6), get32(e + 8), get32(e + 12)};
+        IcoEntry entry{
+            e[0], e[1], e[2], e[3], readLe16(e + 4), readLe16(e + 6), readLe32(e + 8), readLe32(e + 12)};
         uint64_t end = uint64_t(entry.offset) + entry.byteSize;
         if (entry.byteSize == 0 || end > 0xFFFFFFFFu || end > ico.size()) {
             entries.clear();
@@ -136,19 +123,19 @@ bool readIcoDirectory(const Bytes& ico, std::vector<IcoEntry>& entries, std::wst
 Bytes iconGroupResource(const std::vector<IcoEntry>& entries) {
     Bytes out;
     out.reserve(6 + 14 * entries.size());
-    add16(out, 0);
-    add16(out, 1);
-    add16(out, uint32_t(entries.size()));
+    appendLe16(out, 0);
+    appendLe16(out, 1);
+    appendLe16(out, uint32_t(entries.size()));
     for (size_t i = 0; i < entries.size(); ++i) {
         const IcoEntry& e = entries[i];
         out.push_back(e.width);
         out.push_back(e.height);
         out.push_back(e.colorCount);
         out.push_back(0);
-        add16(out, e.planes ? e.planes : 1);
-        add16(out, e.bitCount ? e.bitCount : 32);
-        add32(out, e.byteSize);
-        add16(out, uint32_t(i + 1));
+        appendLe16(out, e.planes ? e.planes : 1);
+        appendLe16(out, e.bitCount ? e.bitCount : 32);
+        appendLe32(out, e.byteSize);
+        appendLe16(out, uint32_t(i + 1));
     }
     return out;
 }
@@ -178,9 +165,9 @@ bool imageToIco(const uint8_t* data, size_t size, Bytes& ico, std::wstring& mess
         bitmaps.push_back(iconBitmap(boxAverage(canvas, side, side, s, s), s));
 
     ico.clear();
-    add16(ico, 0);
-    add16(ico, 1);
-    add16(ico, uint32_t(bitmaps.size()));
+    appendLe16(ico, 0);
+    appendLe16(ico, 1);
+    appendLe16(ico, uint32_t(bitmaps.size()));
     uint32_t offset = uint32_t(kIcoHeader + kIcoEntry * bitmaps.size());
     for (size_t i = 0; i < bitmaps.size(); ++i) {
         const uint8_t dimension = uint8_t(kIconSizes[i] == 256 ? 0 : kIconSizes[i]);
@@ -188,10 +175,10 @@ bool imageToIco(const uint8_t* data, size_t size, Bytes& ico, std::wstring& mess
         ico.push_back(dimension);
         ico.push_back(0);
         ico.push_back(0);
-        add16(ico, 1);
-        add16(ico, 32);
-        add32(ico, uint32_t(bitmaps[i].size()));
-        add32(ico, offset);
+        appendLe16(ico, 1);
+        appendLe16(ico, 32);
+        appendLe32(ico, uint32_t(bitmaps[i].size()));
+        appendLe32(ico, offset);
         offset += uint32_t(bitmaps[i].size());
     }
     for (const Bytes& bitmap : bitmaps)

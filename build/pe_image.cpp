@@ -1,22 +1,12 @@
 #include "build/pe_image.h"
 
+#include "core/byte_order.h"
 #include <algorithm>
 #include <cstring>
 #include <set>
 
 namespace nv {
 namespace {
-
-uint16_t get16(const uint8_t* p) {
-    return uint16_t(p[0] | p[1] << 8);
-}
-uint32_t get32(const uint8_t* p) {
-    return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
-}
-void put32(uint8_t* p, uint32_t v) {
-    for (int i = 0; i < 4; ++i)
-        p[i] = uint8_t(v >> (8 * i));
-}
 
 constexpr uint32_t kCertificateEntry = 4;
 constexpr uint32_t kResourceEntry = 2;
@@ -46,11 +36,11 @@ void clearResourceTimeStamps(Bytes& image, const PeLayout& layout) {
         auto [at, depth] = pending.back();
         pending.pop_back();
         if (at + 16 > end || !seen.insert(at).second) continue;
-        put32(&image[at + 4], 0);
+        writeLe32(&image[at + 4], 0);
         if (depth == 2) continue; // type, name, language: the third level holds data entries
-        size_t count = size_t(get16(&image[at + 12])) + get16(&image[at + 14]);
+        size_t count = size_t(readLe16(&image[at + 12])) + readLe16(&image[at + 14]);
         for (size_t i = 0; i < count && at + 16 + 8 * (i + 1) <= end; ++i) {
-            uint32_t target = get32(&image[at + 16 + 8 * i + 4]);
+            uint32_t target = readLe32(&image[at + 16 + 8 * i + 4]);
             if (target & 0x80000000u) pending.push_back({base + (target & 0x7FFFFFFFu), depth + 1});
         }
     }
@@ -61,16 +51,16 @@ void clearResourceTimeStamps(Bytes& image, const PeLayout& layout) {
 bool readPeLayout(const uint8_t* data, size_t size, PeLayout& layout) {
     layout = PeLayout();
     if (size < 0x40 || data[0] != 'M' || data[1] != 'Z') return false;
-    const uint64_t pe = get32(data + 0x3C);
+    const uint64_t pe = readLe32(data + 0x3C);
     if (pe + 24 > size || std::memcmp(data + pe, "PE\0\0", 4) != 0) return false;
 
     const uint8_t* coff = data + pe + 4;
-    const unsigned sectionCount = get16(coff + 2);
-    const unsigned optionalSize = get16(coff + 16);
+    const unsigned sectionCount = readLe16(coff + 2);
+    const unsigned optionalSize = readLe16(coff + 16);
     const uint64_t optional = pe + 24;
     if (optional + optionalSize > size || optionalSize < 2) return false;
 
-    const uint16_t magic = get16(data + optional);
+    const uint16_t magic = readLe16(data + optional);
     uint64_t countField, directories;
     if (magic == 0x10B) {
         countField = 92;
@@ -82,19 +72,19 @@ bool readPeLayout(const uint8_t* data, size_t size, PeLayout& layout) {
         return false;
     }
     if (countField + 4 > optionalSize) return false;
-    const uint32_t headersSize = get32(data + optional + 60);
+    const uint32_t headersSize = readLe32(data + optional + 60);
     const uint64_t entryCount =
-        std::min<uint64_t>(get32(data + optional + countField), (optionalSize - directories) / 8);
+        std::min<uint64_t>(readLe32(data + optional + countField), (optionalSize - directories) / 8);
 
     layout.timeStampField = size_t(pe + 8);
     layout.symbolPointerField = size_t(pe + 12);
     layout.checksumField = size_t(optional + 64);
     if (entryCount > kResourceEntry)
-        layout.resourceRva = get32(data + optional + directories + 8 * kResourceEntry);
+        layout.resourceRva = readLe32(data + optional + directories + 8 * kResourceEntry);
     if (entryCount > kCertificateEntry) {
         layout.certDirectoryField = size_t(optional + directories + 8 * kCertificateEntry);
-        layout.certOffset = get32(data + layout.certDirectoryField);
-        layout.certSize = get32(data + layout.certDirectoryField + 4);
+        layout.certOffset = readLe32(data + layout.certDirectoryField);
+        layout.certSize = readLe32(data + layout.certDirectoryField + 4);
     }
 
     const uint64_t table = optional + optionalSize;
@@ -102,7 +92,7 @@ bool readPeLayout(const uint8_t* data, size_t size, PeLayout& layout) {
     layout.sectionsEnd = std::max<uint64_t>(headersSize, table + 40ull * sectionCount);
     for (unsigned i = 0; i < sectionCount; ++i) {
         const uint8_t* s = data + table + 40 * i;
-        PeSection section{get32(s + 12), get32(s + 8), get32(s + 20), get32(s + 16)};
+        PeSection section{readLe32(s + 12), readLe32(s + 8), readLe32(s + 20), readLe32(s + 16)};
         if (section.rawSize != 0) {
             uint64_t rawEnd = uint64_t(section.rawOffset) + section.rawSize;
             if (rawEnd > size) return false;
@@ -126,7 +116,7 @@ uint32_t peChecksum(const uint8_t* data, size_t size, size_t checksumField) {
     uint64_t sum = 0;
     size_t i = 0;
     for (; i + 1 < size; i += 2)
-        sum += get16(data + i);
+        sum += readLe16(data + i);
     if (i < size) sum += data[i];
     for (size_t at = checksumField; at < checksumField + 4 && at < size; ++at)
         sum -= uint64_t(data[at]) << (8 * (at & 1));
@@ -138,7 +128,7 @@ uint32_t peChecksum(const uint8_t* data, size_t size, size_t checksumField) {
 PeTail readPeTail(const Bytes& image, const PeLayout& layout) {
     PeTail tail;
     tail.known = true;
-    tail.timeStamp = get32(&image[layout.timeStampField]);
+    tail.timeStamp = readLe32(&image[layout.timeStampField]);
     const size_t start = size_t(layout.sectionsEnd);
     size_t certStart = image.size(), certEnd = image.size();
     if (hasCertificateTable(layout, image.size())) {
@@ -154,7 +144,7 @@ PeTail readPeTail(const Bytes& image, const PeLayout& layout) {
     tail.overlay.assign(image.begin() + start, image.begin() + certStart);
     tail.overlay.insert(tail.overlay.end(), image.begin() + certEnd, image.end());
 
-    const uint32_t symbols = get32(&image[layout.symbolPointerField]);
+    const uint32_t symbols = readLe32(&image[layout.symbolPointerField]);
     if (symbols >= start && symbols < certStart) {
         tail.hasSymbols = true;
         tail.symbolsAt = uint32_t(symbols - start);
@@ -167,8 +157,8 @@ bool cutPeTail(const Bytes& image, const PeLayout& layout, Bytes& out) {
     if (image.size() == layout.sectionsEnd && !certEntry) return false;
     out.assign(image.begin(), image.begin() + size_t(layout.sectionsEnd));
     if (layout.certDirectoryField) std::memset(&out[layout.certDirectoryField], 0, 8);
-    if (get32(&out[layout.symbolPointerField]) >= layout.sectionsEnd)
-        put32(&out[layout.symbolPointerField], 0);
+    if (readLe32(&out[layout.symbolPointerField]) >= layout.sectionsEnd)
+        writeLe32(&out[layout.symbolPointerField], 0);
     return true;
 }
 
@@ -178,14 +168,14 @@ bool finishPeImage(Bytes& image, const PeTail& tail) {
     const size_t end = size_t(layout.sectionsEnd);
     image.resize(end);
     if (layout.certDirectoryField) std::memset(&image[layout.certDirectoryField], 0, 8);
-    if (tail.known) put32(&image[layout.timeStampField], tail.timeStamp);
+    if (tail.known) writeLe32(&image[layout.timeStampField], tail.timeStamp);
     if (tail.hasSymbols)
-        put32(&image[layout.symbolPointerField], uint32_t(end + tail.symbolsAt));
-    else if (get32(&image[layout.symbolPointerField]) >= end)
-        put32(&image[layout.symbolPointerField], 0);
+        writeLe32(&image[layout.symbolPointerField], uint32_t(end + tail.symbolsAt));
+    else if (readLe32(&image[layout.symbolPointerField]) >= end)
+        writeLe32(&image[layout.symbolPointerField], 0);
     image.insert(image.end(), tail.overlay.begin(), tail.overlay.end());
     clearResourceTimeStamps(image, layout);
-    put32(&image[layout.checksumField], peChecksum(image.data(), image.size(), layout.checksumField));
+    writeLe32(&image[layout.checksumField], peChecksum(image.data(), image.size(), layout.checksumField));
     return true;
 }
 

@@ -1,23 +1,11 @@
 #include "readers/image.h"
 
+#include "core/byte_order.h"
 #include <algorithm>
 #include <cstring>
 
 namespace nv {
 namespace {
-
-uint32_t be16(const uint8_t* p) {
-    return uint32_t(p[0]) << 8 | p[1];
-}
-uint32_t be32(const uint8_t* p) {
-    return be16(p) << 16 | be16(p + 2);
-}
-uint32_t le16(const uint8_t* p) {
-    return uint32_t(p[1]) << 8 | p[0];
-}
-uint32_t le32(const uint8_t* p) {
-    return le16(p + 2) << 16 | le16(p);
-}
 
 bool startsWith(const uint8_t* data, size_t size, const char* prefix, size_t length) {
     return size >= length && std::memcmp(data, prefix, length) == 0;
@@ -39,13 +27,13 @@ void jpegFrameSize(const uint8_t* data, size_t size, ImageSignature& signature) 
             continue;
         }
         if (marker == 0xD9 || marker == 0xDA) return; // the end, or the scan, before any frame header
-        const size_t length = be16(data + pos + 2);
+        const size_t length = readBe16(data + pos + 2);
         if (length < 2) return;
         const bool frame =
             marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
         if (frame) {
             if (size - pos < 9 || length < 7) return;
-            const uint32_t height = be16(data + pos + 5), width = be16(data + pos + 7);
+            const uint32_t height = readBe16(data + pos + 5), width = readBe16(data + pos + 7);
             if (height != 0) {
                 signature.width = width;
                 signature.height = height;
@@ -75,8 +63,8 @@ ImageSignature sniffImage(const uint8_t* data, size_t size) {
     if (startsWith(data, size, "\x89PNG\r\n\x1A\n", 8)) {
         s.format = ImageFormat::Png;
         if (size >= 24 && std::memcmp(data + 12, "IHDR", 4) == 0) {
-            s.width = be32(data + 16);
-            s.height = be32(data + 20);
+            s.width = readBe32(data + 16);
+            s.height = readBe32(data + 20);
         }
     } else if (startsWith(data, size, "\xFF\xD8\xFF", 3)) {
         s.format = ImageFormat::Jpeg;
@@ -84,22 +72,22 @@ ImageSignature sniffImage(const uint8_t* data, size_t size) {
     } else if (startsWith(data, size, "BM", 2)) {
         s.format = ImageFormat::Bmp;
         if (size >= 26) {
-            if (le32(data + 14) == 12) { // the old core header: 16-bit sides
-                s.width = le16(data + 18);
-                s.height = le16(data + 20);
+            if (readLe32(data + 14) == 12) { // the old core header: 16-bit sides
+                s.width = readLe16(data + 18);
+                s.height = readLe16(data + 20);
             } else {
-                s.width = int32_t(le32(data + 18));
-                s.height = int32_t(le32(data + 22));
+                s.width = int32_t(readLe32(data + 18));
+                s.height = int32_t(readLe32(data + 22));
                 if (s.height < 0) s.height = -s.height; // rows stored from the top
             }
         }
     } else if (startsWith(data, size, "GIF87a", 6) || startsWith(data, size, "GIF89a", 6)) {
         s.format = ImageFormat::Gif;
         if (size >= 10) {
-            s.width = le16(data + 6);
-            s.height = le16(data + 8);
+            s.width = readLe16(data + 6);
+            s.height = readLe16(data + 8);
         }
-    } else if (startsWith(data, size, "\0\0\1\0", 4) && size >= 6 && le16(data + 4) != 0) {
+    } else if (startsWith(data, size, "\0\0\1\0", 4) && size >= 6 && readLe16(data + 4) != 0) {
         s.format = ImageFormat::Ico; // type 1; a cursor (type 2) is not a picture for us
     }
     return s;

@@ -1,5 +1,6 @@
 #include "skin/package.h"
 
+#include "core/byte_order.h"
 #include "core/crc32.h"
 #include "core/memory_guard.h"
 
@@ -7,23 +8,6 @@
 
 namespace nv {
 namespace {
-
-void put16(Bytes& out, uint32_t v) {
-    out.push_back(uint8_t(v));
-    out.push_back(uint8_t(v >> 8));
-}
-
-void put32(Bytes& out, uint32_t v) {
-    put16(out, v & 0xFFFF);
-    put16(out, v >> 16);
-}
-
-uint16_t get16(const uint8_t* p) {
-    return uint16_t(p[0] | p[1] << 8);
-}
-uint32_t get32(const uint8_t* p) {
-    return uint32_t(get16(p)) | uint32_t(get16(p + 2)) << 16;
-}
 
 bool fail(std::wstring* error, const wchar_t* message) {
     if (error) *error = message;
@@ -36,19 +20,19 @@ bool readEntries(const uint8_t* data, size_t size, SkinFileSet& out, std::wstrin
         return fail(error, L"Skin paketi bulunamadi ya da bozuk.");
     // Nothing in the header is believed before the checksum over everything before it matches.
     const size_t end = size - 4;
-    if (Crc32::of(data, end) != get32(data + end)) return fail(error, L"Skin paketi bozuk (CRC).");
-    if (get32(data + 4) != kSkinPackageVersion) return fail(error, L"Skin paketi surumu desteklenmiyor.");
-    const uint32_t count = get32(data + 8);
+    if (Crc32::of(data, end) != readLe32(data + end)) return fail(error, L"Skin paketi bozuk (CRC).");
+    if (readLe32(data + 4) != kSkinPackageVersion) return fail(error, L"Skin paketi surumu desteklenmiyor.");
+    const uint32_t count = readLe32(data + 8);
     if (count > kSkinPackageMaxEntries) return fail(error, L"Skin paketi bozuk (adet).");
 
     // Every test compares against what remains before end, so no sum can overflow.
     size_t pos = 12;
     for (uint32_t i = 0; i < count; ++i) {
         if (end - pos < 2) return fail(error, L"Skin paketi bozuk.");
-        const size_t nameLength = get16(data + pos);
+        const size_t nameLength = readLe16(data + pos);
         if (end - pos - 2 < nameLength + 4) return fail(error, L"Skin paketi bozuk.");
         const uint8_t* name = data + pos + 2;
-        const size_t dataLength = get32(name + nameLength);
+        const size_t dataLength = readLe32(name + nameLength);
         const size_t start = pos + 2 + nameLength + 4;
         if (end - start < dataLength) return fail(error, L"Skin paketi bozuk.");
         // Names are taken exactly as stored: a plain append, no lower-casing, no duplicate check.
@@ -66,15 +50,15 @@ Bytes writeSkinPackage(const SkinFileSet& files) {
     Bytes out;
     out.reserve(size_t(files.totalBytes()) + 16 + 64 * files.entries.size());
     out.insert(out.end(), {'N', 'V', 'S', 'K'});
-    put32(out, kSkinPackageVersion);
-    put32(out, uint32_t(files.entries.size()));
+    appendLe32(out, kSkinPackageVersion);
+    appendLe32(out, uint32_t(files.entries.size()));
     for (const SkinEntry& entry : files.entries) {
-        put16(out, uint32_t(entry.name.size()));
+        appendLe16(out, uint32_t(entry.name.size()));
         out.insert(out.end(), entry.name.begin(), entry.name.end());
-        put32(out, uint32_t(entry.data.size()));
+        appendLe32(out, uint32_t(entry.data.size()));
         out.insert(out.end(), entry.data.begin(), entry.data.end());
     }
-    put32(out, Crc32::of(out.data(), out.size()));
+    appendLe32(out, Crc32::of(out.data(), out.size()));
     return out;
 }
 

@@ -4,6 +4,7 @@
 
 #include "readers/image.h"
 
+#include "core/byte_order.h"
 #include "core/crc32.h"
 #include "readers/inflate.h"
 
@@ -20,16 +21,6 @@ constexpr const wchar_t* kUndecodable = L"Gorsel cozulemedi (desteklenen: PNG, J
 // Deflate cannot expand data by more than 1032:1 (a 258-byte copy in two bits), so a header that promises far
 // more pixel bytes than its compressed data could ever hold is refused before any buffer is reserved for it.
 constexpr uint64_t kMaxDeflateRatio = 1032;
-
-uint32_t be32(const uint8_t* p) {
-    return uint32_t(p[0]) << 24 | uint32_t(p[1]) << 16 | uint32_t(p[2]) << 8 | p[3];
-}
-uint16_t le16(const uint8_t* p) {
-    return uint16_t(p[0] | p[1] << 8);
-}
-uint32_t le32(const uint8_t* p) {
-    return uint32_t(le16(p)) | uint32_t(le16(p + 2)) << 16;
-}
 
 // c * a / 255, rounded to the nearest integer (never a tie for 8-bit values), as GDI+ premultiplies.
 uint32_t premultiply(uint32_t c, uint32_t a) {
@@ -120,11 +111,11 @@ bool readPngChunks(const uint8_t* data, size_t size, PngChunks& png) {
     bool afterData = false; // the run of IDAT chunks has ended
     for (;;) {
         if (size - pos < 12) return false; // no IEND before the end of the bytes
-        const uint32_t length = be32(data + pos);
+        const uint32_t length = readBe32(data + pos);
         if (length > 0x7FFFFFFFu || size - pos - 12 < length) return false;
         const uint8_t* type = data + pos + 4;
         const uint8_t* body = data + pos + 8;
-        if (Crc32::of(type, size_t(length) + 4) != be32(body + length)) return false;
+        if (Crc32::of(type, size_t(length) + 4) != readBe32(body + length)) return false;
         pos += size_t(length) + 12;
 
         const bool isHeader = std::memcmp(type, "IHDR", 4) == 0;
@@ -136,8 +127,8 @@ bool readPngChunks(const uint8_t* data, size_t size, PngChunks& png) {
         if (isHeader) {
             if (length != 13) return false;
             PngHeader& h = png.header;
-            h.width = be32(body);
-            h.height = be32(body + 4);
+            h.width = readBe32(body);
+            h.height = readBe32(body + 4);
             h.depth = body[8];
             h.colourType = body[9];
             if (body[10] != 0 || body[11] != 0 || body[12] > 1)
@@ -323,7 +314,7 @@ bool decodePng(const uint8_t* data, size_t size, Canvas& image) {
     if (expected > uint64_t(z.size()) * kMaxDeflateRatio) return false;
     Bytes raw;
     if (!inflateRaw(z.data() + 2, z.size() - 2, size_t(expected), raw)) return false;
-    if (raw.size() != expected || adler32(raw.data(), raw.size()) != be32(z.data() + z.size() - 4))
+    if (raw.size() != expected || adler32(raw.data(), raw.size()) != readBe32(z.data() + z.size() - 4))
         return false;
 
     allocatePixels(image, int(h.width), int(h.height));
@@ -364,14 +355,14 @@ bool maskShift(uint32_t mask, unsigned& shift) {
 
 bool decodeBmp(const uint8_t* data, size_t size, Canvas& image) {
     if (size < 14 + 40) return false;
-    const uint32_t pixelOffset = le32(data + 10);
-    const uint32_t headerSize = le32(data + 14);
+    const uint32_t pixelOffset = readLe32(data + 10);
+    const uint32_t headerSize = readLe32(data + 14);
     if (headerSize < 40 || headerSize > size - 14) return false;
     const uint8_t* info = data + 14;
-    const int32_t width = int32_t(le32(info + 4));
-    const int32_t rawHeight = int32_t(le32(info + 8));
-    const int bitCount = le16(info + 14);
-    const uint32_t compression = le32(info + 16);
+    const int32_t width = int32_t(readLe32(info + 4));
+    const int32_t rawHeight = int32_t(readLe32(info + 8));
+    const int bitCount = readLe16(info + 14);
+    const uint32_t compression = readLe32(info + 16);
     const bool topDown = rawHeight < 0;
     const int64_t height = topDown ? -int64_t(rawHeight) : int64_t(rawHeight);
     if (!validSide(width) || !validSide(height)) return false;
@@ -389,8 +380,8 @@ bool decodeBmp(const uint8_t* data, size_t size, Canvas& image) {
         } else if (headerSize < 52) {
             return false;
         }
-        if (!maskShift(le32(masks), red) || !maskShift(le32(masks + 4), green) ||
-            !maskShift(le32(masks + 8), blue))
+        if (!maskShift(readLe32(masks), red) || !maskShift(readLe32(masks + 4), green) ||
+            !maskShift(readLe32(masks + 8), blue))
             return false;
         if (red == green || red == blue || green == blue) return false;
     } else if (compression != 0) {
@@ -409,7 +400,7 @@ bool decodeBmp(const uint8_t* data, size_t size, Canvas& image) {
         uint32_t* out = image.pixels.data() + size_t(y) * size_t(width);
         for (int32_t x = 0; x < width; ++x) {
             const uint8_t* p = row + size_t(x) * bytesPerPixel;
-            const uint32_t value = bitCount == 32 ? le32(p) : uint32_t(p[0] | p[1] << 8 | p[2] << 16);
+            const uint32_t value = bitCount == 32 ? readLe32(p) : uint32_t(p[0] | p[1] << 8 | p[2] << 16);
             out[x] = argb(value >> red & 0xFF, value >> green & 0xFF, value >> blue & 0xFF, 255);
         }
     }
