@@ -30,11 +30,13 @@ std::string iniText(const Bytes& bytes) {
     return std::string(bytes.begin(), bytes.end());
 }
 
-IniValues parseIni(std::string_view text) {
-    IniValues values;
+void forEachIniEntry(
+    std::string_view text,
+    const std::function<void(const std::string& key, std::string value, size_t offset)>& entry) {
     std::string section;
     size_t pos = 0;
     while (pos < text.size()) {
+        const size_t start = pos;
         size_t end = text.find_first_of("\r\n", pos);
         if (end == std::string_view::npos) end = text.size();
         const std::string line = trim(text.substr(pos, end - pos));
@@ -51,8 +53,15 @@ IniValues parseIni(std::string_view text) {
         if (equals == std::string::npos) continue;
         const std::string key = asciiLower(trim(std::string_view(line).substr(0, equals)));
         if (key.empty()) continue;
-        values[section.empty() ? key : section + "." + key] = trim(std::string_view(line).substr(equals + 1));
+        entry(section.empty() ? key : section + "." + key, trim(std::string_view(line).substr(equals + 1)),
+              start);
     }
+}
+
+IniValues parseIni(std::string_view text) {
+    IniValues values;
+    forEachIniEntry(
+        text, [&](const std::string& key, std::string value, size_t) { values[key] = std::move(value); });
     return values;
 }
 

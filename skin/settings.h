@@ -3,6 +3,7 @@
 
 #include "core/files.h"
 
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -35,6 +36,11 @@ std::string iniText(const Bytes& bytes);
 // are lower-cased (ASCII); a key outside any section is stored under its bare name; a repeated key keeps the
 // last value; any other line is skipped.
 IniValues parseIni(std::string_view text);
+// The same reading, entry by entry in file order: entry(key, value, offset) with the key as parseIni files it
+// ("section.key") and offset the first byte of the entry's line in text.
+void forEachIniEntry(
+    std::string_view text,
+    const std::function<void(const std::string& key, std::string value, size_t offset)>& entry);
 
 // Reads with the defaults and clamps of each field; never fails.
 PatcherSettings readPatcherSettings(const IniValues& ini);

@@ -374,26 +374,9 @@ private:
     static std::map<std::string, int> iniKeyLines(std::string_view text) {
         std::map<std::string, int> lines;
         const LineIndex index(text);
-        std::string section;
-        size_t pos = 0;
-        while (pos < text.size()) {
-            size_t end = text.find_first_of("\r\n", pos);
-            if (end == std::string_view::npos) end = text.size();
-            const std::string line = trim(text.substr(pos, end - pos));
-            const int number = index.line(pos);
-            pos = end + 1;
-            if (line.empty() || line[0] == ';' || line[0] == '#') continue;
-            if (line[0] == '[') {
-                const size_t close = line.find(']');
-                if (close != std::string::npos)
-                    section = asciiLower(trim(std::string_view(line).substr(1, close - 1)));
-                continue;
-            }
-            const size_t equals = line.find('=');
-            if (equals == std::string::npos) continue;
-            const std::string key = asciiLower(trim(std::string_view(line).substr(0, equals)));
-            if (!key.empty()) lines[section.empty() ? key : section + "." + key] = number;
-        }
+        forEachIniEntry(text, [&](const std::string& key, std::string, size_t offset) {
+            lines[key] = index.line(offset);
+        });
         return lines;
     }
 

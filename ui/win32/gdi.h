@@ -94,6 +94,20 @@ private:
     HDC dc_;
 };
 
+// WM_PAINT drawn double-buffered: paint(HDC) draws the whole client area into a memory bitmap, which reaches
+// the screen in one copy, so nothing flickers while the window is drawn piece by piece.
+template <typename Paint> void paintBuffered(HWND hwnd, Paint&& paint) {
+    PaintScope ps(hwnd);
+    RECT client{};
+    GetClientRect(hwnd, &client);
+    MemoryDC memory(ps.dc());
+    GdiObject<HBITMAP> bitmap(CreateCompatibleBitmap(ps.dc(), client.right, client.bottom));
+    if (!memory.get() || !bitmap.get()) return;
+    SelectIn select(memory.get(), bitmap.get());
+    paint(memory.get());
+    BitBlt(ps.dc(), 0, 0, client.right, client.bottom, memory.get(), 0, 0, SRCCOPY);
+}
+
 // SaveDC / RestoreDC.
 class SavedDC {
 public:

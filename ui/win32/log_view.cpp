@@ -134,18 +134,9 @@ LRESULT LogView::handle(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case WM_ERASEBKGND:
         return 1;
-    case WM_PAINT: {
-        PaintScope ps(hwnd_);
-        RECT client{};
-        GetClientRect(hwnd_, &client);
-        MemoryDC memory(ps.dc());
-        GdiObject<HBITMAP> bitmap(CreateCompatibleBitmap(ps.dc(), client.right, client.bottom));
-        if (!memory.get() || !bitmap.get()) return 0;
-        SelectIn select(memory.get(), bitmap.get());
-        paint(memory.get());
-        BitBlt(ps.dc(), 0, 0, client.right, client.bottom, memory.get(), 0, 0, SRCCOPY);
+    case WM_PAINT:
+        paintBuffered(hwnd_, [this](HDC dc) { paint(dc); });
         return 0;
-    }
     case WM_PRINTCLIENT:
         paint(reinterpret_cast<HDC>(wParam));
         return 0;
