@@ -14,16 +14,17 @@ export WINEDEBUG=-all
 wine=$(command -v wine64 || echo /usr/lib/wine/wine64)
 wineserver=$(command -v wineserver || echo /usr/lib/wine/wineserver)
 
-display=""
-for n in $(seq 90 140); do
-    if [ ! -e "/tmp/.X11-unix/X$n" ] && [ ! -e "/tmp/.X$n-lock" ]; then display=$n; break; fi
-done
+# Xvfb takes a free display number itself and writes it once it accepts clients, so lock files left behind
+# by killed servers neither stop us nor make two runs share a display.
 xvfb_pid=""
-if [ -n "$display" ] && command -v Xvfb >/dev/null; then
-    Xvfb ":$display" -screen 0 1600x1000x24 -nolisten tcp >/dev/null 2>&1 &
+if command -v Xvfb >/dev/null; then
+    number_file=$(mktemp)
+    Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp 3>"$number_file" >/dev/null 2>&1 &
     xvfb_pid=$!
-    for _ in $(seq 1 100); do [ -e "/tmp/.X11-unix/X$display" ] && break; sleep 0.05; done
-    export DISPLAY=":$display"
+    for _ in $(seq 1 200); do [ -s "$number_file" ] && break; sleep 0.05; done
+    display=$(head -n 1 "$number_file")
+    rm -f "$number_file"
+    [ -n "$display" ] && export DISPLAY=":$display"
 fi
 
 cleanup() {

@@ -145,16 +145,18 @@ def winpath(path):
 
 
 def start_xvfb():
-    for n in range(141, 200):
-        if not os.path.exists(f"/tmp/.X11-unix/X{n}") and not os.path.exists(f"/tmp/.X{n}-lock"):
-            proc = subprocess.Popen(["Xvfb", f":{n}", "-screen", "0", "2560x1600x24", "-nolisten", "tcp"],
-                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-            for _ in range(100):
-                if os.path.exists(f"/tmp/.X11-unix/X{n}"):
-                    return proc, f":{n}"
-                time.sleep(0.05)
-            proc.kill()
-    raise RuntimeError("no display")
+    # Xvfb takes a free display number itself and writes it once it accepts clients, so lock files left
+    # behind by killed servers neither stop us nor make two runs share a display.
+    read_end, write_end = os.pipe()
+    proc = subprocess.Popen(["Xvfb", "-displayfd", str(write_end), "-screen", "0", "2560x1600x24", "-nolisten",
+                             "tcp"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, pass_fds=(write_end,))
+    os.close(write_end)
+    with os.fdopen(read_end) as pipe:
+        number = pipe.readline().strip()
+    if not number:
+        proc.kill()
+        raise RuntimeError("no display")
+    return proc, f":{number}"
 
 
 def main():
