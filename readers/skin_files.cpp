@@ -26,7 +26,7 @@ void SkinFileSet::putFile(std::string_view name, Bytes data) {
 const Bytes* SkinFileSet::findFile(std::string_view name) const {
     // A package read back keeps its names as stored, so a foreign writer's "Fernwick.url.xml" is found too.
     for (const SkinEntry& entry : entries)
-        if (equalsIgnoreCase(entry.name, name)) return &entry.data;
+        if (equalsIgnoreCase(entry.name, name)) return &entry.data.bytes();
     return nullptr;
 }
 
@@ -44,9 +44,9 @@ void SkinSetFiller::putFile(std::string_view name, Bytes data) {
         set_.entries.push_back({std::move(key), std::move(data)});
         return;
     }
-    Bytes& old = set_.entries[it->second].data;
+    SharedBytes& old = set_.entries[it->second].data;
     total_ -= old.size();
-    old = std::move(data);
+    old = SharedBytes(std::move(data));
 }
 
 uint64_t SkinFileSet::totalBytes() const {

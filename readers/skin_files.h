@@ -4,6 +4,7 @@
 #include "core/files.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -11,9 +12,35 @@
 
 namespace nv {
 
+// A file's bytes, shared by every copy of the set that holds them and never changed: a set is copied for each
+// composition, preview and build, and only the few files an edit rewrites get new bytes (putFile). A copy of
+// a 64 MiB skin is then a list of names, not 64 MiB more memory to fill.
+class SharedBytes {
+public:
+    SharedBytes() = default;
+    SharedBytes(Bytes bytes) : bytes_(std::make_shared<const Bytes>(std::move(bytes))) {}
+
+    const Bytes& bytes() const { return bytes_ ? *bytes_ : none(); }
+    operator const Bytes&() const { return bytes(); }
+    const uint8_t* data() const { return bytes().data(); }
+    size_t size() const { return bytes().size(); }
+    bool empty() const { return bytes().empty(); }
+    Bytes::const_iterator begin() const { return bytes().begin(); }
+    Bytes::const_iterator end() const { return bytes().end(); }
+    bool operator==(const SharedBytes& other) const { return bytes() == other.bytes(); }
+    bool operator==(const Bytes& other) const { return bytes() == other; }
+
+private:
+    static const Bytes& none() {
+        static const Bytes nothing;
+        return nothing;
+    }
+    std::shared_ptr<const Bytes> bytes_;
+};
+
 struct SkinEntry {
     std::string name; // UTF-8 bare file name, ASCII letters lower-cased
-    Bytes data;
+    SharedBytes data;
 };
 
 struct SkinFileSet {

@@ -132,7 +132,7 @@ public:
 
     void unusedFiles() {
         for (const SkinEntry& entry : files_.entries)
-            if (!used_.count(&entry.data))
+            if (!used_.count(&entry.data.bytes()))
                 addLine(entry.name, 0, "unused-file",
                         L"Hiçbir yerde kullanılmayan dosya: " + utf8ToWide(entry.name));
     }
@@ -191,7 +191,7 @@ private:
         const std::string_view bare = bareFileName(name);
         auto it = bare.empty() ? folded_.end() : folded_.find(foldNameCase(utf8ToWide(asciiLower(bare))));
         if (it == folded_.end()) return false;
-        used_.insert(&it->second->data);
+        used_.insert(&it->second->data.bytes());
         if (!reported)
             add("skin.xml", offset, "image-case",
                 L"Görsel adı dosyanınkinden yalnızca harf büyüklüğüyle ayrılıyor: " +
