@@ -20,7 +20,7 @@ bool hasCertificateTable(const PeLayout& layout, size_t size) {
 // Resource directories carry a time stamp that some writers fill with the clock; a build clears them so that
 // the same inputs give the same bytes. The walk stays inside the section that holds the resources and visits
 // each directory once, whatever the offsets say.
-void clearResourceTimeStamps(Bytes& image, const PeLayout& layout) {
+void clearResourceTimeStamps(uint8_t* image, const PeLayout& layout) {
     if (layout.resourceRva == 0) return;
     const PeSection* home = nullptr;
     for (const PeSection& s : layout.sections)
@@ -111,15 +111,18 @@ size_t peRvaToOffset(const PeLayout& layout, uint32_t rva) {
 }
 
 uint32_t peChecksum(const uint8_t* data, size_t size, size_t checksumField) {
-    // A plain sum of the 16-bit words folded once at the end equals the running end-around-carry sum, and
-    // lets the checksum field be taken out again afterwards.
+    // The running end-around-carry sum of 16-bit words is the sum modulo 0xFFFF. Since 2^16 is 1 modulo
+    // 0xFFFF, a plain sum of 32-bit words folded once at the end gives the same value at twice the pace, and
+    // lets the checksum field be taken out again afterwards. 64 bits hold the sum of any file under 2^34
+    // bytes.
     uint64_t sum = 0;
     size_t i = 0;
-    for (; i + 1 < size; i += 2)
-        sum += readLe16(data + i);
-    if (i < size) sum += data[i];
+    for (; i + 4 <= size; i += 4)
+        sum += readLe32(data + i);
+    for (; i < size; ++i)
+        sum += uint64_t(data[i]) << (8 * (i & 3));
     for (size_t at = checksumField; at < checksumField + 4 && at < size; ++at)
-        sum -= uint64_t(data[at]) << (8 * (at & 1));
+        sum -= uint64_t(data[at]) << (8 * (at & 3));
     while (sum >> 16)
         sum = (sum & 0xFFFF) + (sum >> 16);
     return uint32_t(sum + size);
@@ -165,17 +168,23 @@ bool cutPeTail(const Bytes& image, const PeLayout& layout, Bytes& out) {
 bool finishPeImage(Bytes& image, const PeTail& tail) {
     PeLayout layout;
     if (!readPeLayout(image, layout)) return false;
+    image.resize(size_t(layout.sectionsEnd));
+    image.insert(image.end(), tail.overlay.begin(), tail.overlay.end());
+    return fixFinishedPeImage(image.data(), image.size(), tail);
+}
+
+bool fixFinishedPeImage(uint8_t* image, size_t size, const PeTail& tail) {
+    PeLayout layout;
+    if (!readPeLayout(image, size, layout) || size - layout.sectionsEnd != tail.overlay.size()) return false;
     const size_t end = size_t(layout.sectionsEnd);
-    image.resize(end);
     if (layout.certDirectoryField) std::memset(&image[layout.certDirectoryField], 0, 8);
     if (tail.known) writeLe32(&image[layout.timeStampField], tail.timeStamp);
     if (tail.hasSymbols)
         writeLe32(&image[layout.symbolPointerField], uint32_t(end + tail.symbolsAt));
     else if (readLe32(&image[layout.symbolPointerField]) >= end)
         writeLe32(&image[layout.symbolPointerField], 0);
-    image.insert(image.end(), tail.overlay.begin(), tail.overlay.end());
     clearResourceTimeStamps(image, layout);
-    writeLe32(&image[layout.checksumField], peChecksum(image.data(), image.size(), layout.checksumField));
+    writeLe32(&image[layout.checksumField], peChecksum(image, size, layout.checksumField));
     return true;
 }
 

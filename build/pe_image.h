@@ -63,4 +63,8 @@ bool cutPeTail(const Bytes& image, const PeLayout& layout, Bytes& out);
 // PE image.
 bool finishPeImage(Bytes& image, const PeTail& tail);
 
+// The same fixes over an image whose length is already final: its sections followed by exactly the tail's
+// overlay. Lets the build finish a large file where it lies instead of reading it into memory.
+bool fixFinishedPeImage(uint8_t* image, size_t size, const PeTail& tail);
+
 } // namespace nv

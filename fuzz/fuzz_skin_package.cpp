@@ -1,5 +1,6 @@
 // Skin packages come from executables the tool did not necessarily write: any bytes must be refused cleanly,
-// and whatever reads back must write back to the same bytes it was read from (up to the ignored tail).
+// and whatever reads back must write back to the same bytes it was read from (up to the ignored tail). The
+// check that copies nothing (the build's verification) must say exactly what the reader says.
 
 #include "skin/package.h"
 
@@ -8,8 +9,10 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     nv::SkinFileSet files;
-    std::wstring error;
-    if (!nv::readSkinPackage(data, size, files, &error)) {
+    std::wstring error, checkError;
+    const bool read = nv::readSkinPackage(data, size, files, &error);
+    if (nv::checkSkinPackage(data, size, &checkError) != read || checkError != error) std::abort();
+    if (!read) {
         if (error.empty()) std::abort();
         return 0;
     }

@@ -14,8 +14,8 @@ bool fail(std::wstring* error, const wchar_t* message) {
     return false;
 }
 
-// The checks of readSkinPackage, in their order.
-bool readEntries(const uint8_t* data, size_t size, SkinFileSet& out, std::wstring* error) {
+// The checks of readSkinPackage, in their order; the entries go to out when one is given.
+bool readEntries(const uint8_t* data, size_t size, SkinFileSet* out, std::wstring* error) {
     if (size < 16 || std::memcmp(data, "NVSK", 4) != 0)
         return fail(error, L"Skin paketi bulunamadi ya da bozuk.");
     // Nothing in the header is believed before the checksum over everything before it matches.
@@ -36,8 +36,9 @@ bool readEntries(const uint8_t* data, size_t size, SkinFileSet& out, std::wstrin
         const size_t start = pos + 2 + nameLength + 4;
         if (end - start < dataLength) return fail(error, L"Skin paketi bozuk.");
         // Names are taken exactly as stored: a plain append, no lower-casing, no duplicate check.
-        out.entries.push_back({std::string(reinterpret_cast<const char*>(name), nameLength),
-                               Bytes(data + start, data + start + dataLength)});
+        if (out)
+            out->entries.push_back({std::string(reinterpret_cast<const char*>(name), nameLength),
+                                    Bytes(data + start, data + start + dataLength)});
         pos = start + dataLength;
     }
     // Bytes between the last entry and the checksum are ignored on purpose.
@@ -64,15 +65,18 @@ Bytes writeSkinPackage(const SkinFileSet& files) {
 
 bool readSkinPackage(const uint8_t* data, size_t size, SkinFileSet& out, std::wstring* error) {
     out.clear();
-    return failOnBadAlloc(error, [&] { return readEntries(data, size, out, error); });
+    return failOnBadAlloc(error, [&] { return readEntries(data, size, &out, error); });
+}
+
+bool checkSkinPackage(const uint8_t* data, size_t size, std::wstring* error) {
+    return readEntries(data, size, nullptr, error);
 }
 
 bool packSkinFiles(const SkinFileSet& files, Bytes& out, std::wstring* error) {
     out.clear();
     const bool ok = failOnBadAlloc(error, [&] {
         out = writeSkinPackage(files);
-        SkinFileSet check;
-        return readSkinPackage(out.data(), out.size(), check, error);
+        return checkSkinPackage(out.data(), out.size(), error);
     });
     if (!ok) out = Bytes();
     return ok;

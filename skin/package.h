@@ -30,4 +30,8 @@ bool packSkinFiles(const SkinFileSet& files, Bytes& out, std::wstring* error = n
 // "Skin paketi bozuk (adet).", "Skin paketi bozuk.".
 bool readSkinPackage(const uint8_t* data, size_t size, SkinFileSet& out, std::wstring* error = nullptr);
 
+// The same checks and messages as readSkinPackage, without copying the files out: whether the patcher would
+// read these bytes.
+bool checkSkinPackage(const uint8_t* data, size_t size, std::wstring* error = nullptr);
+
 } // namespace nv

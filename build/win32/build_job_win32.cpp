@@ -19,6 +19,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -26,8 +27,6 @@ namespace nv {
 namespace {
 
 constexpr uint64_t kMaxTemplate = 0x4000000; // 64 MiB
-// The written copy: the template, the package (at most 64 MiB of files) and the icons.
-constexpr uint64_t kMaxWrittenCopy = 0x10000000;
 
 class Writer {
 public:
@@ -94,7 +93,7 @@ BuildResult Writer::run() {
     SetFileAttributesW(temp_.c_str(), FILE_ATTRIBUTE_NORMAL);
     if (needsCut) {
         DWORD error = 0;
-        if (!patchFile(temp_, {}, cut, error))
+        if (!replaceFileEnd(temp_, 0, cut, error))
             return failAndDelete(L"Şablon kopyalanamadı: " + systemErrorText(error));
         cut = Bytes();
     }
@@ -171,28 +170,36 @@ std::wstring Writer::writeResources(const std::vector<ResourceItem>& kept,
     if (rewrite.write({ResourceId::number(kResourceVersion), ResourceId::number(1), 0,
                        buildVersionResource(request_.version)}))
         say(L"Sürüm bilgisi yazıldı.");
-    if (rewrite.write({ResourceId::number(kResourceRcdata), ResourceId::number(SKIN_RESOURCE_ID), 0,
-                       request_.packageBytes}))
-        say(L"Skin paketi gömüldü (" + sizeText(request_.packageBytes.size()) + L").");
+    const Bytes& package = request_.packageBytes;
+    if (rewrite.write(ResourceId::number(kResourceRcdata), ResourceId::number(SKIN_RESOURCE_ID), 0,
+                      package.data(), package.size()))
+        say(L"Skin paketi gömüldü (" + sizeText(package.size()) + L").");
 
     if (!rewrite.end()) return L"Kaynaklar yazılamadı: " + systemErrorText(rewrite.error());
     return {};
 }
 
 // Resource writers leave the checksum stale, may drop appended data and stamp the clock into the resource
-// directories; the written copy is put right here, rewriting only the blocks that change.
+// directories; the written copy is put right where it lies: only the pages that change are written.
 bool Writer::finishImage(const PeTail& tail, DWORD& error) {
-    Bytes before;
-    if (!readFileBytes(temp_, before, kMaxWrittenCopy)) {
-        error = GetLastError();
-        return false;
-    }
-    Bytes after = before;
-    if (!finishPeImage(after, tail)) {
-        error = ERROR_BAD_EXE_FORMAT;
-        return false;
-    }
-    return patchFile(temp_, before, after, error);
+    // Usually the writer left the sections alone at the end and the template had no overlay: one pass. Else
+    // the end is put right first and the image fixed in a second pass.
+    uint64_t sectionsEnd = 0;
+    bool endRight = false;
+    const auto fixWhenEndRight = [&](uint8_t* data, size_t size) {
+        PeLayout layout;
+        if (!readPeLayout(data, size, layout)) return false;
+        sectionsEnd = layout.sectionsEnd;
+        endRight = size - sectionsEnd == tail.overlay.size() &&
+                   std::equal(tail.overlay.begin(), tail.overlay.end(), data + sectionsEnd);
+        return !endRight || fixFinishedPeImage(data, size, tail);
+    };
+    if (!editFileInPlace(temp_, fixWhenEndRight, error)) return false;
+    if (endRight) return true;
+    return replaceFileEnd(temp_, sectionsEnd, tail.overlay, error) &&
+           editFileInPlace(
+               temp_, [&](uint8_t* data, size_t size) { return fixFinishedPeImage(data, size, tail); },
+               error);
 }
 
 // The package must come back from the copy exactly as it went in.
@@ -201,15 +208,13 @@ bool Writer::verify() {
         LoadLibraryExW(temp_.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
     if (!module.get()) module.reset(LoadLibraryExW(temp_.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE));
     if (!module.get()) return false;
-    SkinFileSet files;
-    if (!readEmbeddedSkin(module.get(), files, nullptr)) return false;
-    HRSRC found =
-        FindResourceW(module.get(), MAKEINTRESOURCEW(SKIN_RESOURCE_ID), MAKEINTRESOURCEW(kResourceRcdata));
-    HGLOBAL loaded = found ? LoadResource(module.get(), found) : nullptr;
-    const void* data = loaded ? LockResource(loaded) : nullptr;
+    // The patcher's own reader is run over the bytes where they lie; copying the files out would only cost
+    // memory.
+    const uint8_t* data = nullptr;
+    size_t size = 0;
+    if (!findEmbeddedSkin(module.get(), data, size) || !checkSkinPackage(data, size)) return false;
     const Bytes& package = request_.packageBytes;
-    return data && SizeofResource(module.get(), found) == package.size() &&
-           std::memcmp(data, package.data(), package.size()) == 0;
+    return size == package.size() && std::memcmp(data, package.data(), size) == 0;
 }
 
 } // namespace

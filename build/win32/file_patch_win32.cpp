@@ -2,41 +2,47 @@
 
 #include "core/win32/scoped_win.h"
 
-#include <algorithm>
-#include <cstring>
-
 namespace nv {
 namespace {
 
-constexpr size_t kBlock = 0x10000;
-
-bool seek(HANDLE file, size_t offset) {
-    LARGE_INTEGER at;
-    at.QuadPart = LONGLONG(offset);
-    return SetFilePointerEx(file, at, nullptr, FILE_BEGIN) != 0;
+win::ScopedHandle openForWriting(const std::wstring& path) {
+    return win::ScopedHandle(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                         OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
 }
 
 } // namespace
 
-bool patchFile(const std::wstring& path, const Bytes& before, const Bytes& after, DWORD& error) {
-    win::ScopedHandle file(
-        CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file.valid()) {
+bool replaceFileEnd(const std::wstring& path, uint64_t keep, const Bytes& bytes, DWORD& error) {
+    win::ScopedHandle file = openForWriting(path);
+    LARGE_INTEGER at;
+    at.QuadPart = LONGLONG(keep);
+    DWORD wrote = 0;
+    if (!file.valid() || !SetFilePointerEx(file.get(), at, nullptr, FILE_BEGIN) ||
+        !SetEndOfFile(file.get()) ||
+        (!bytes.empty() && (!WriteFile(file.get(), bytes.data(), DWORD(bytes.size()), &wrote, nullptr) ||
+                            wrote != bytes.size())) ||
+        !file.close()) {
         error = GetLastError();
         return false;
     }
-    for (size_t at = 0; at < after.size(); at += kBlock) {
-        const size_t length = std::min(kBlock, after.size() - at);
-        if (at + length <= before.size() && std::memcmp(&before[at], &after[at], length) == 0) continue;
-        DWORD wrote = 0;
-        if (!seek(file.get(), at) || !WriteFile(file.get(), &after[at], DWORD(length), &wrote, nullptr) ||
-            wrote != length) {
-            error = GetLastError();
-            return false;
-        }
-    }
-    if (!seek(file.get(), after.size()) || !SetEndOfFile(file.get()) || !file.close()) {
+    return true;
+}
+
+bool editFileInPlace(const std::wstring& path, const FileEditFn& edit, DWORD& error) {
+    win::ScopedHandle file = openForWriting(path);
+    LARGE_INTEGER size = {};
+    if (!file.valid() || !GetFileSizeEx(file.get(), &size)) {
         error = GetLastError();
+        return false;
+    }
+    win::ScopedHandle mapping(CreateFileMappingW(file.get(), nullptr, PAGE_READWRITE, 0, 0, nullptr));
+    win::ScopedView view(mapping.valid() ? MapViewOfFile(mapping.get(), FILE_MAP_WRITE, 0, 0, 0) : nullptr);
+    if (!view.get()) {
+        error = GetLastError();
+        return false;
+    }
+    if (!edit(view.get(), size_t(size.QuadPart))) {
+        error = ERROR_BAD_EXE_FORMAT;
         return false;
     }
     return true;

@@ -32,7 +32,12 @@ public:
     bool begin(const std::wstring& path);
     // Stops at the first failure: later writes do nothing and report false, and error() keeps that failure's
     // code.
-    bool write(const ResourceItem& item);
+    bool write(const ResourceItem& item) {
+        return write(item.type, item.name, item.language, item.data.data(), item.data.size());
+    }
+    // The same for bytes the caller keeps (a package of many megabytes is not copied into an item).
+    bool write(const ResourceId& type, const ResourceId& name, uint16_t language, const uint8_t* data,
+               size_t size);
     // Commits when every write succeeded, discards otherwise. False when anything failed.
     bool end();
     DWORD error() const { return error_; }

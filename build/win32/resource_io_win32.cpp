@@ -107,13 +107,14 @@ bool ResourceRewrite::begin(const std::wstring& path) {
     return handle_ != nullptr;
 }
 
-bool ResourceRewrite::write(const ResourceItem& item) {
+bool ResourceRewrite::write(const ResourceId& type, const ResourceId& name, uint16_t language,
+                            const uint8_t* data, size_t size) {
     if (failed_ || !handle_) return false;
     // A null pointer with no bytes would ask for a deletion; an empty resource still needs a valid pointer.
     static const uint8_t kNothing = 0;
-    const void* data = item.data.empty() ? &kNothing : item.data.data();
-    if (!UpdateResourceW(handle_, pointerOf(item.type), pointerOf(item.name), item.language,
-                         const_cast<void*>(data), DWORD(item.data.size()))) {
+    if (size == 0) data = &kNothing;
+    if (!UpdateResourceW(handle_, pointerOf(type), pointerOf(name), language, const_cast<uint8_t*>(data),
+                         DWORD(size))) {
         failed_ = true;
         error_ = GetLastError();
         return false;

@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <cstdint>
+
 namespace nv::win {
 
 // A kernel handle from CreateFileW and friends (INVALID_HANDLE_VALUE and null both mean "none").
@@ -63,6 +65,21 @@ public:
 
 private:
     HMODULE m_;
+};
+
+// A view of a file mapping (MapViewOfFile).
+class ScopedView {
+public:
+    explicit ScopedView(void* view) : view_(view) {}
+    ~ScopedView() {
+        if (view_) UnmapViewOfFile(view_);
+    }
+    ScopedView(const ScopedView&) = delete;
+    ScopedView& operator=(const ScopedView&) = delete;
+    uint8_t* get() const { return static_cast<uint8_t*>(view_); }
+
+private:
+    void* view_;
 };
 
 } // namespace nv::win

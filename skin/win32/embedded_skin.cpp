@@ -4,8 +4,7 @@
 
 namespace nv {
 
-bool readEmbeddedSkin(HMODULE module, SkinFileSet& out, std::wstring* error) {
-    out.clear();
+bool findEmbeddedSkin(HMODULE module, const uint8_t*& data, size_t& size, std::wstring* error) {
     HRSRC resource =
         FindResourceW(module, MAKEINTRESOURCEW(SKIN_RESOURCE_ID), MAKEINTRESOURCEW(10) /* RT_RCDATA */);
     if (!resource) {
@@ -14,13 +13,20 @@ bool readEmbeddedSkin(HMODULE module, SkinFileSet& out, std::wstring* error) {
     }
     // Resource memory belongs to the module: nothing here is freed.
     HGLOBAL loaded = LoadResource(module, resource);
-    DWORD size = SizeofResource(module, resource);
-    const void* bytes = loaded ? LockResource(loaded) : nullptr;
-    if (!bytes || size == 0) {
+    size = SizeofResource(module, resource);
+    data = loaded ? static_cast<const uint8_t*>(LockResource(loaded)) : nullptr;
+    if (!data || size == 0) {
         if (error) *error = L"Gomulu skin okunamadi.";
         return false;
     }
-    return readSkinPackage(static_cast<const uint8_t*>(bytes), size, out, error);
+    return true;
+}
+
+bool readEmbeddedSkin(HMODULE module, SkinFileSet& out, std::wstring* error) {
+    out.clear();
+    const uint8_t* data = nullptr;
+    size_t size = 0;
+    return findEmbeddedSkin(module, data, size, error) && readSkinPackage(data, size, out, error);
 }
 
 } // namespace nv
