@@ -1,5 +1,6 @@
 #pragma once
-// CRC-32 of ISO-HDLC / IEEE 802.3 (the zip and PNG checksum), slicing by eight.
+// CRC-32 of ISO-HDLC / IEEE 802.3 (the zip and PNG checksum): carry-less multiplication where the processor
+// has it, slicing by eight otherwise and for short runs.
 
 #include <cstddef>
 #include <cstdint>
@@ -22,7 +23,7 @@ struct Crc32 {
     }
 };
 
-// CRC-32 and byte size of a whole file (platform layer: a shared sequential read with one 1 MiB buffer).
+// CRC-32 and byte size of a whole file (platform layer: a shared sequential read with one 64 KiB buffer).
 // On a failed read returns false with the checksum of what was read.
 bool fileCrc32(const std::wstring& path, uint32_t& crc, uint64_t& size);
 

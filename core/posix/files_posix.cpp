@@ -194,7 +194,7 @@ bool fileCrc32(const std::wstring& path, uint32_t& crc, uint64_t& size) {
     ScopedFd fd(::open(native(path).c_str(), O_RDONLY | O_CLOEXEC));
     if (!fd.valid() || !isRegularFile(fd.get(), size)) return false;
 
-    constexpr size_t kBuffer = 0x100000;
+    constexpr size_t kBuffer = 0x10000;
     std::vector<uint8_t> buffer(kBuffer);
     Crc32 sum;
     for (;;) {

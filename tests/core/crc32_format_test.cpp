@@ -39,9 +39,29 @@ TEST(Crc32, MatchesTheBitwiseDefinitionForEveryLengthAndSplit) {
     }
 }
 
+// Long runs take the folding path: every length around its 256-byte threshold and its 16-byte blocks, from
+// unaligned starts, split so that a run ends mid-block.
+TEST(Crc32, LongRunsMatchTheBitwiseDefinition) {
+    const Bytes data = test::noiseBytes(2000, 9);
+    for (size_t start : {0, 1, 7}) {
+        for (size_t length : {255, 256, 257, 271, 272, 319, 320, 321, 1000, 1993}) {
+            const Bytes run(data.begin() + start, data.begin() + start + length);
+            const uint32_t expected = slowCrc(run);
+            ASSERT_EQ(Crc32::of(run.data(), run.size()), expected)
+                << "start " << start << " length " << length;
+            Crc32 split;
+            split.update(run.data(), 3);
+            split.update(run.data() + 3, length - 3);
+            ASSERT_EQ(split.value(), expected) << "start " << start << " length " << length;
+        }
+    }
+    const Bytes ones(4096, 0xFF);
+    EXPECT_EQ(Crc32::of(ones.data(), ones.size()), slowCrc(ones));
+}
+
 TEST(FileCrc32, ChecksumsAWholeFileAcrossBufferBoundaries) {
     test::TempDir dir;
-    Bytes data = test::noiseBytes(0x100000 * 2 + 17, 3);
+    Bytes data = test::noiseBytes(0x10000 * 3 + 17, 3);
     test::writeFile(dir.file(L"big.bin"), data);
     uint32_t crc = 0;
     uint64_t size = 0;
