@@ -74,7 +74,8 @@ nv::bench::Timing wholeBuild(const std::string& name, const nv::SkinWorkspace& w
     return timing;
 }
 
-// Copy, one UpdateResourceW of the package, and the package read back through the loader's resource lookup.
+// Copy, one UpdateResourceW of the package, and the package read back through the loader's resource lookup,
+// with the loader flags the build's verification is held to.
 nv::bench::Timing bareSteps(const std::string& name, const nv::SkinWorkspace& workspace) {
     nv::Bytes package;
     std::vector<std::wstring> messages;
@@ -88,7 +89,10 @@ nv::bench::Timing bareSteps(const std::string& name, const nv::SkinWorkspace& wo
                              DWORD(package.size())) ||
             !EndUpdateResourceW(update, FALSE))
             nv::bench::fail("the resource update failed");
-        HMODULE module = LoadLibraryExW(output.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+        // Loaded as the build must load it for its verification (as an image resource, else as a data file).
+        HMODULE module = LoadLibraryExW(output.c_str(), nullptr,
+                                        LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE);
+        if (!module) module = LoadLibraryExW(output.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
         HRSRC found =
             module ? FindResourceExW(module, RT_RCDATA, MAKEINTRESOURCEW(nv::SKIN_RESOURCE_ID), 0) : nullptr;
         HGLOBAL loaded = found ? LoadResource(module, found) : nullptr;
