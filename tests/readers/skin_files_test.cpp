@@ -23,8 +23,7 @@ TEST(SkinFileName, KeepsOnlySkinFilesUnderTheirBareLowerCaseName) {
                                                            {L"images/Logo.PNG", "logo.png"},
                                                            {L"a.JPEG", "a.jpeg"},
                                                            {L"norvane.INI", "norvane.ini"},
-                                                           {L"\u011Eemi.PNG", "\xC4\x9E"
-                                                                              "emi.png"}};
+                                                           {L"\u011Eemi.PNG", "\xC4\x9E\x65mi.png"}};
     for (const auto& [path, name] : kept)
         EXPECT_EQ(skinFileName(path), name) << test::fsPath(path).string();
     for (const wchar_t* path : {L"photo.jpeg.bak", L"readme.md", L"Thumbs.db", L"DESKTOP.INI", L".DS_Store",

@@ -9,17 +9,26 @@
 namespace nv {
 namespace {
 
+using Files = std::vector<std::pair<std::string, Bytes>>;
+
 // A 40 x 30 skin with nothing to find: an address file, a background and the given skin.xml lines between
 // "<skin>" (line 1) and "</skin>", plus the extra files.
-SkinFileSet skinWith(std::string_view controls, std::vector<std::pair<std::string, Bytes>> extra = {}) {
+SkinFileSet skinWith(std::string_view controls, Files extra = {}) {
     SkinFileSet set;
     set.putFile("fernwick.url.xml",
                 test::bytesOf("<urls remoteConfigPath=\"https://patch.example/c.xml\"/>"));
     set.putFile("main.png", test::makePng(40, 30, 0xFF102030));
-    set.putFile("skin.xml", test::bytesOf("<skin>\n" + std::string(controls) + "</skin>\n"));
+    set.putFile("skin.xml", test::bytesOf("<skin>\n" + std::string(controls) + "\n</skin>\n"));
     for (auto& [name, bytes] : extra)
         set.putFile(name, std::move(bytes));
     return set;
+}
+
+// One or two extra files.
+Files with(std::string name, Bytes bytes, std::string other = {}, Bytes otherBytes = {}) {
+    Files files{{std::move(name), std::move(bytes)}};
+    if (!other.empty()) files.emplace_back(std::move(other), std::move(otherBytes));
+    return files;
 }
 
 std::string describe(const LintReport& report) {
@@ -33,106 +42,47 @@ std::string describe(const LintReport& report) {
 // An unknown type, a colour that does not parse and a file nothing uses are the command line's end-to-end
 // case; the other mistakes are here.
 TEST(SkinLint, EachMistakeGivesOneFindingWithItsPlaceOnASkinTheLoaderCallsSound) {
-    const Bytes icon = test::makePng(4, 4, 0xFFFFFFFF);
-    const std::string sharpS = "\xC5\x9E"; // Ş
-    const std::string smallS = "\xC5\x9F"; // ş
+    const Bytes icon = test::makePng(4, 4, 0xFFFFFFFF), junk = test::bytesOf("II* not a picture");
+    const auto ini = [](const char* text) { return with("norvane.ini", test::bytesOf(text)); };
+    const Bytes noStrings = test::bytesOf("<torrent_locale/>");
+    const std::string sharpS = "\xC5\x9E", smallS = "\xC5\x9F", dugme = "d\xC3\xBC\xC4\x9Fme", // Ş ş düğme
+        bigDugme = "D\xC3\x9C\xC4\x9EME";
     struct Case {
         std::string controls;
-        std::vector<std::pair<std::string, Bytes>> extra;
-        const char* place; // file:line code (the message is checked for the name it carries)
+        const char* place; // file:line code; the message is checked for the name it carries
         const char* mentions;
+        Files extra = {};
     } cases[] = {
-        // image control without its file
-        {"<control type=\"image\" id=\"LOGO\" image=\"logo.png\"/>\n",
-         {},
-         "skin.xml:2 missing-image",
-         "logo.png"},
-        // image control without image
-        {"<control type=\"image\" id=\"LOGO\"/>\n", {}, "skin.xml:2 missing-image", "LOGO"},
-        // image control whose file is no picture
-        {"<control type=\"image\" image=\"logo.png\"/>\n",
-         {{"logo.png", test::bytesOf("not a picture")}},
-         "skin.xml:2 missing-image",
-         "logo.png"},
-        // button state picture that is no picture
-        {"<control type=\"button\" id=\"B\" image=\"btn.png\"/>\n",
-         {{"btn_up.png", icon}, {"btn_dn.png", test::bytesOf("II*\0 a TIFF")}},
-         "skin.xml:2 unreadable-image",
-         "btn_dn.png (Gorsel cozulemedi"},
-        // gauge's empty picture missing
-        {"<control type=\"gauge\" image_full=\"full\"\n image_empty=\"bos\"/>\n",
-         {{"full.png", icon}},
-         "skin.xml:3 missing-image",
-         "bos"},
-        // picture named with another case of a Turkish letter
-        {"<control type=\"image\" image=\"" + sharpS + "erit.png\"/>\n",
-         {{smallS + "erit.png", icon}},
-         "skin.xml:2 image-case",
-         "erit.png"},
-        // button state picture in another case (düğme_up, DÜĞME_on)
-        {"<control type=\"button\" image=\"d\xC3\xBC\xC4\x9Fme.png\"/>\n",
-         {{"d\xC3\xBC\xC4\x9Fme_up.png", icon}, {"D\xC3\x9C\xC4\x9EME_on.png", icon}},
-         "skin.xml:2 image-case",
-         "me_on.png"},
-        // control partly outside
-        {"<control type=\"image\" id=\"LOGO\" x=\"38\" y=\"2\" image=\"i.png\"/>\n",
-         {{"i.png", icon}},
-         "skin.xml:2 outside-window",
-         "LOGO"},
-        // control wholly outside
-        {"<control type=\"text\" id=\"T\" x=\"-90\" y=\"5\" width=\"50\"/>\n",
-         {},
-         "skin.xml:2 outside-window",
-         "tamamen"},
-        // control without type
-        {"<control id=\"S\"/>\n", {}, "skin.xml:2 unknown-type", "type"},
-        // duplicate id (case folded)
-        {"<control type=\"text\" id=\"T\" width=\"9\"/>\n<control type=\"text\" id=\"t\" width=\"9\"/>\n",
-         {},
-         "skin.xml:3 duplicate-id",
-         "2"},
-        // link to a locale key the locale file lacks
-        {"<control type=\"button\" image=\"b.png\" link_url=\"URL_FORUM\"/>\n",
-         {{"b.png", icon}},
-         "skin.xml:2 missing-locale-key",
-         "URL_FORUM"},
-        // text without width
-        {"<control type=\"text\" id=\"TEXT_MAIN\"/>\n", {}, "skin.xml:2 no-size", "TEXT_MAIN"},
-        // iframe without height
-        {"<control type=\"iframe\" id=\"NEWS\" width=\"20\"/>\n", {}, "skin.xml:2 no-size", "NEWS"},
-        // misspelt attribute
-        {"<control type=\"text\" width=\"9\" colour=\"#FFFFFF\"/>\n",
-         {},
-         "skin.xml:2 unknown-attribute",
-         "colour"},
-        // element that is not <control>
-        {"<Control type=\"text\"/>\n", {}, "skin.xml:2 unknown-element", "Control"},
-        // connections clamped
-        {"",
-         {{"norvane.ini", test::bytesOf("; x\r\n[patcher]\r\nconnections=20\r\n")}},
-         "norvane.ini:3 setting-clamped",
-         "8"},
-        // segment size that is no number
-        {"",
-         {{"norvane.ini", test::bytesOf("[Patcher]\nsegment_mb = 8MB\n")}},
-         "norvane.ini:2 setting-default",
-         "segment_mb=8MB"},
-        // switch that does not read
-        {"",
-         {{"norvane.ini", test::bytesOf("[patcher]\rauto_start=maybe\r")}},
-         "norvane.ini:2 setting-default",
-         "maybe"},
-        // misspelt setting
-        {"",
-         {{"norvane.ini", test::bytesOf("[patcher]\n\nconections=6\n")}},
-         "norvane.ini:3 unknown-setting",
-         "patcher.conections"},
-        // locale file other than the one in use
-        {"",
-         {{"fernwick.locale.xml", test::bytesOf("<torrent_locale/>")},
-          {"english.locale.xml", test::bytesOf("<torrent_locale/>")}},
-         "english.locale.xml:0 unused-file",
-         "english"},
+        {"<control type='image' id='LOGO' image='logo.png'/>", "skin.xml:2 missing-image", "logo.png"},
+        {"<control type='image' id='LOGO'/>", "skin.xml:2 missing-image", "LOGO"},
+        {"<control type='image' image='logo.png'/>", "skin.xml:2 missing-image", "logo.png",
+         with("logo.png", junk)},
+        {"<control type='button' image='btn.png'/>", "skin.xml:2 unreadable-image",
+         "btn_dn.png (Gorsel cozulemedi", with("btn_up.png", icon, "btn_dn.png", junk)},
+        {"<control type='gauge' image_full='full'\n image_empty='bos'/>", "skin.xml:3 missing-image", "bos",
+         with("full.png", icon)},
+        {"<control type='image' image='" + sharpS + "erit.png'/>", "skin.xml:2 image-case", "erit.png",
+         with(smallS + "erit.png", icon)},
+        {"<control type='button' image='" + dugme + ".png'/>", "skin.xml:2 image-case", "me_on.png",
+         with(dugme + "_up.png", icon, bigDugme + "_on.png", icon)},
+        {"<control type='image' id='LOGO' x='38' y='2' image='i.png'/>", "skin.xml:2 outside-window",
+         "taşıyor: LOGO", with("i.png", icon)},
+        {"<control type='text' id='T' x='-90' y='5' width='50'/>", "skin.xml:2 outside-window", "tamamen"},
+        {"<control id='S'/>", "skin.xml:2 unknown-type", "type"},
+        {"<control type='text' id='T' width='9'/>\n<control type='text' id='t' width='9'/>",
+         "skin.xml:3 duplicate-id", "2"},
+        {"<control type='button' image='b.png' link_url='URL_FORUM'/>", "skin.xml:2 missing-locale-key",
+         "URL_FORUM", with("b.png", icon)},
+        {"<control type='text' id='TEXT_MAIN'/>", "skin.xml:2 no-size", "TEXT_MAIN"},
+        {"<control type='iframe' id='NEWS' width='20'/>", "skin.xml:2 no-size", "NEWS"},
+        {"<control type='text' width='9' colour='#FFFFFF'/>", "skin.xml:2 unknown-attribute", "colour"},
+        {"<Control type='text'/>", "skin.xml:2 unknown-element", "Control"},
+        {"", "norvane.ini:3 setting-clamped", "8", ini("; x\r\n[patcher]\r\nconnections=20\r\n")},
+        {"", "norvane.ini:2 setting-default", "segment_mb=8MB", ini("[Patcher]\nsegment_mb = 8MB\n")},
+        {"", "norvane.ini:2 setting-default", "maybe", ini("[patcher]\rauto_start=maybe\r")},
+        {"", "norvane.ini:3 unknown-setting", "patcher.conections", ini("[patcher]\n\nconections=6\n")},
+        {"", "english.locale.xml:0 unused-file", "english",
+         with("fernwick.locale.xml", noStrings, "english.locale.xml", noStrings)},
     };
     for (const Case& c : cases) {
         SkinFileSet set = skinWith(c.controls, c.extra);

@@ -19,59 +19,48 @@ ReadinessInputs allReady() {
 }
 
 TEST(Readiness, RowsFollowTheSession) {
+    const auto ready = readinessRows(allReady());
+    const std::pair<const wchar_t*, const wchar_t*> shown[] = {
+        {L"Skin", L"gece-mavisi  •  920×580"},
+        {L"Yama adresi", L"https://patch.example/config.xml"},
+        {L"Çıktı yeri", L"Kaldra.exe  •  C:\\Oyunlar\\Kaldra"},
+        {L"Simge", L"Şablonun simgesi kullanılacak"},
+        {L"İmza", L"Kapalı — isteğe bağlı"},
+        {L"Şablon", L"Norvane.Template.exe"}};
+    ASSERT_EQ(ready.size(), 6u);
+    for (size_t i = 0; i < 6; ++i) {
+        EXPECT_STREQ(ready[i].label, shown[i].first);
+        EXPECT_EQ(ready[i].value, shown[i].second);
+        EXPECT_TRUE(ready[i].ready) << i;
+    }
+    EXPECT_EQ(readinessHeader(ready), L"6 / 6 hazır");
+
+    // One change at a time, and the row it shows in.
     struct Case {
-        const char* name;
         void (*change)(ReadinessInputs&);
         size_t row;
         const wchar_t* value;
         bool ready;
     } cases[] = {
-        {"skin", [](ReadinessInputs&) {}, 0, L"gece-mavisi  •  920×580", true},
-        {"skin without size", [](ReadinessInputs& in) { in.skinWidth = 0; }, 0, L"gece-mavisi", true},
-        {"no skin", [](ReadinessInputs& in) { in.skinLoaded = false; }, 0,
-         L"Yüklenmedi — .zip ya da klasör bırakın", false},
-        {"config trimmed", [](ReadinessInputs&) {}, 1, L"https://patch.example/config.xml", true},
-        {"config blank", [](ReadinessInputs& in) { in.configUrl = L"  "; }, 1,
-         L"Boş — patcher güncelleme alamaz", false},
-        {"output", [](ReadinessInputs&) {}, 2, L"Kaldra.exe  •  C:\\Oyunlar\\Kaldra", true},
-        {"output upper case", [](ReadinessInputs& in) { in.outputPath = L"D:\\x\\K.EXE"; }, 2,
-         L"K.EXE  •  D:\\x", true},
-        {"output not exe", [](ReadinessInputs& in) { in.outputPath = L"D:\\x\\K.exe.bak"; }, 2,
-         L"K.exe.bak  •  D:\\x", false},
-        {"output empty", [](ReadinessInputs& in) { in.outputPath.clear(); }, 2, L"Seçilmedi", false},
-        {"output folder missing", [](ReadinessInputs& in) { in.outputFolderExists = false; }, 2,
-         L"Klasör bulunamadı", false},
-        {"template icon", [](ReadinessInputs&) {}, 3, L"Şablonun simgesi kullanılacak", true},
-        {"chosen icon", [](ReadinessInputs& in) { in.iconPath = L"C:\\i\\kaldra.png"; }, 3, L"kaldra.png",
-         true},
-        {"signing off", [](ReadinessInputs&) {}, 4, L"Kapalı — isteğe bağlı", true},
-        {"signing without pfx", [](ReadinessInputs& in) { in.signing = true; }, 4, L"Sertifika seçilmedi",
-         false},
-        {"signing with pfx",
-         [](ReadinessInputs& in) {
-             in.signing = true;
-             in.certificatePath = L"C:\\c\\imza.pfx";
-         },
-         4, L"imza.pfx", true},
-        {"template", [](ReadinessInputs&) {}, 5, L"Norvane.Template.exe", true},
-        {"template missing", [](ReadinessInputs& in) { in.templateExists = false; }, 5,
-         L"Norvane.Template.exe yok — build.bat", false},
+        {[](auto& in) { in.skinWidth = 0; }, 0, L"gece-mavisi", true},
+        {[](auto& in) { in.skinLoaded = false; }, 0, L"Yüklenmedi — .zip ya da klasör bırakın", false},
+        {[](auto& in) { in.configUrl = L"  "; }, 1, L"Boş — patcher güncelleme alamaz", false},
+        {[](auto& in) { in.outputPath = L"D:\\x\\K.EXE"; }, 2, L"K.EXE  •  D:\\x", true},
+        {[](auto& in) { in.outputPath = L"D:\\x\\K.exe.bak"; }, 2, L"K.exe.bak  •  D:\\x", false},
+        {[](auto& in) { in.outputPath.clear(); }, 2, L"Seçilmedi", false},
+        {[](auto& in) { in.outputFolderExists = false; }, 2, L"Klasör bulunamadı", false},
+        {[](auto& in) { in.iconPath = L"C:\\i\\kaldra.png"; }, 3, L"kaldra.png", true},
+        {[](auto& in) { in.signing = true; }, 4, L"Sertifika seçilmedi", false},
+        {[](auto& in) { in.signing = true, in.certificatePath = L"C:\\c\\imza.pfx"; }, 4, L"imza.pfx", true},
+        {[](auto& in) { in.templateExists = false; }, 5, L"Norvane.Template.exe yok — build.bat", false},
     };
-    const wchar_t* labels[] = {L"Skin", L"Yama adresi", L"Çıktı yeri", L"Simge", L"İmza", L"Şablon"};
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
         ReadinessInputs in = allReady();
         c.change(in);
         const auto rows = readinessRows(in);
-        ASSERT_EQ(rows.size(), 6u);
-        EXPECT_STREQ(rows[c.row].label, labels[c.row]);
-        EXPECT_EQ(rows[c.row].value, c.value);
-        EXPECT_EQ(rows[c.row].ready, c.ready);
+        EXPECT_EQ(rows.at(c.row).value, c.value);
+        EXPECT_EQ(rows.at(c.row).ready, c.ready) << c.value;
     }
-}
-
-TEST(Readiness, HeaderCountsReadyRows) {
-    EXPECT_EQ(readinessHeader(readinessRows(allReady())), L"6 / 6 hazır");
     ReadinessInputs in = allReady();
     in.skinLoaded = false;
     in.configUrl.clear();

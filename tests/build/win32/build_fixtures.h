@@ -10,7 +10,7 @@
 
 namespace nv::test {
 
-// foreign_template.exe, hold_file.exe, fake-sdk\signtool.exe.
+// foreign_template.exe, fake-sdk\signtool.exe.
 std::wstring buildFixture(const std::wstring& name);
 
 // Writing a small valid skin package into a copy of the template at output, nothing else asked for.

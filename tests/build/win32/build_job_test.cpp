@@ -9,6 +9,7 @@
 #include "core/crc32.h"
 #include "core/paths.h"
 #include "core/text.h"
+#include "core/win32/scoped_win.h"
 #include "tests/build/win32/build_fixtures.h"
 #include "tests/support/image_files.h"
 #include "tests/support/test_support.h"
@@ -105,7 +106,7 @@ TEST(BuildJob, ForeignTemplateEndState) {
 }
 
 // Every failure names its cause and leaves the previous output byte for byte and no temporary file, also when
-// another process holds the output open (a running patcher).
+// the output is held open (by a running patcher; sharing is decided per handle, so this process can hold it).
 TEST(BuildJob, FailuresLeaveThePreviousOutput) {
     test::TempDir dir;
     const std::wstring out = dir.file(L"Kaldra.exe");
@@ -120,6 +121,7 @@ TEST(BuildJob, FailuresLeaveThePreviousOutput) {
     mzNoise[1] = 'Z';
     test::writeFile(dir.file(L"in-the-way"), "a file where the output folder should be");
     const std::wstring held = L"Çıktı dosyası kullanımda (patcher açık olabilir): " + out;
+    win::ScopedHandle holder;
 
     const std::pair<std::function<void(BuildRequest&)>, std::wstring> cases[] = {
         {[&](BuildRequest& r) { r.templatePath = dir.file(L"yok.exe"); },
@@ -140,17 +142,8 @@ TEST(BuildJob, FailuresLeaveThePreviousOutput) {
         {[](BuildRequest& r) { r.iconBytes = {0, 0, 1, 0, 9, 0}, r.iconBytes.resize(40); },
          L"İkon dosyası bozuk."},
         {[&](BuildRequest&) {
-             DeleteFileW((out + L".release").c_str());
-             std::wstring line = L"\"" + test::buildFixture(L"hold_file.exe") + L"\" \"" + out + L"\"";
-             STARTUPINFOW startup{};
-             startup.cb = sizeof startup;
-             PROCESS_INFORMATION process{};
-             ASSERT_TRUE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                                        &startup, &process));
-             CloseHandle(process.hThread);
-             CloseHandle(process.hProcess);
-             for (int i = 0; i < 400 && !fileExists(out + L".held"); ++i)
-                 Sleep(25);
+             holder.reset(
+                 CreateFileW(out.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
          },
          held},
     };
@@ -159,7 +152,7 @@ TEST(BuildJob, FailuresLeaveThePreviousOutput) {
         BuildRequest request = test::requestFor(kForeign, out);
         change(request);
         const BuildResult result = writePatcherExecutable(request, nullptr, nullptr);
-        test::writeFile(out + L".release", ""); // lets the holder go, if there is one
+        holder.close();
         EXPECT_FALSE(result.ok) << wideToUtf8(message);
         EXPECT_EQ(result.message.substr(0, message.size()), message);
         EXPECT_EQ(message.back() == L' ', result.message.size() > message.size())

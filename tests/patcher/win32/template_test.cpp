@@ -32,10 +32,6 @@ SkinFileSet sampleFiles() {
     return files;
 }
 
-Bytes samplePackage() {
-    return writeSkinPackage(sampleFiles());
-}
-
 // A copy of the template carrying the package as RT_RCDATA 900, language 0 (as a build stores it).
 std::wstring templateWith(const test::TempDir& dir, const Bytes& package) {
     const std::wstring copy = dir.file(L"Kaldra.exe");
@@ -146,7 +142,7 @@ int differing(const DecodedImage& a, const DecodedImage& b, int x0, int y0, int 
 
 TEST(Template, PreviewSnapshotIsTheSamePictureAsNvbuildRender) {
     test::TempDir dir;
-    const std::wstring patcher = templateWith(dir, samplePackage());
+    const std::wstring patcher = templateWith(dir, writeSkinPackage(sampleFiles()));
     const std::wstring snap = dir.file(L"snap.png"), rendered = dir.file(L"render.png"),
                        live = dir.file(L"live.png");
 
@@ -155,15 +151,10 @@ TEST(Template, PreviewSnapshotIsTheSamePictureAsNvbuildRender) {
               0);
     EXPECT_EQ(test::readFile(snap), test::readFile(rendered)); // one renderer, one picture, one encoder
 
-    const DecodedImage preview = decodedFile(snap);
-    ASSERT_EQ(preview.width, 920);
-    ASSERT_EQ(preview.height, 580);
-    EXPECT_EQ(preview.at(0, 0) >> 24, 0u); // the background's transparent margin stays transparent
-
     // Outside preview nothing pretends to download: the gauges stay empty and the status says why.
     ASSERT_EQ(run(patcher, L"--snap " + quoted(live)), 0);
-    const DecodedImage plain = decodedFile(live);
-    ASSERT_EQ(plain.width, 920);
+    const DecodedImage preview = decodedFile(snap), plain = decodedFile(live);
+    ASSERT_TRUE(preview.width == 920 && preview.height == 580 && plain.width == 920 && plain.height == 580);
     EXPECT_GT(differing(preview, plain, 34, 496, 646, 510), 1000);  // PROGRESS_MAIN
     EXPECT_GT(differing(preview, plain, 34, 474, 374, 492), 50);    // TEXT_MAIN
     EXPECT_GT(differing(preview, plain, 43, 237, 597, 433), 10000); // the news panel only in preview
@@ -232,15 +223,11 @@ TEST(Template, TheStartButtonStartsTheGameBesideThePatcherWithItsArguments) {
     EXPECT_TRUE(fileExists(dir.file(L"started.png")));
 }
 
-TEST(Template, WithoutAUsableSkinItExitsWithOneAndWritesNothing) {
+// A package that does not read is the embedded skin reader's case; to the patcher it is no skin.
+TEST(Template, WithoutASkinASnapshotExitsWithOneAndWritesNothing) {
     test::TempDir dir;
     const std::wstring snap = dir.file(L"snap.png");
     EXPECT_EQ(run(besideTests(L"Norvane.Template.exe"), L"--preview --snap " + quoted(snap)), 1);
-    EXPECT_FALSE(fileExists(snap));
-
-    Bytes damaged = samplePackage();
-    damaged[20] ^= 0x55; // the checksum no longer matches
-    EXPECT_EQ(run(templateWith(dir, damaged), L"--snap " + quoted(snap)), 1);
     EXPECT_FALSE(fileExists(snap));
 }
 
@@ -270,7 +257,7 @@ TEST(Template, ReportsWhatStopsItInAMessageBox) {
     EXPECT_EQ(patcher.wait(300), -1); // still open
 }
 
-TEST(Template, CarriesManifestIconsAndVersionButNoSkin) {
+TEST(Template, CarriesManifestAndVersionButNoSkin) {
     win::ScopedModule module(LoadLibraryExW(besideTests(L"Norvane.Template.exe").c_str(), nullptr,
                                             LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
     ASSERT_NE(module.get(), nullptr);
@@ -283,17 +270,6 @@ TEST(Template, CarriesManifestIconsAndVersionButNoSkin) {
                            SizeofResource(module.get(), manifest));
     for (const char* needed : {"asInvoker", "PerMonitorV2", "Microsoft.Windows.Common-Controls"})
         EXPECT_NE(text.find(needed), std::string::npos) << needed;
-
-    // The icon group lists its images as 14-byte entries after a 6-byte header; byte 0 is the width (0 =
-    // 256).
-    HRSRC group = FindResourceW(module.get(), MAKEINTRESOURCEW(1), RT_GROUP_ICON);
-    ASSERT_NE(group, nullptr);
-    const auto* g = static_cast<const uint8_t*>(LockResource(LoadResource(module.get(), group)));
-    const int count = g[4] | g[5] << 8;
-    std::vector<int> sizes;
-    for (int i = 0; i < count; ++i)
-        sizes.push_back(g[6 + 14 * i] == 0 ? 256 : g[6 + 14 * i]);
-    EXPECT_EQ(sizes, (std::vector<int>{256, 64, 48, 32, 24, 16}));
 }
 
 } // namespace

