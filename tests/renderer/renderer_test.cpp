@@ -55,22 +55,18 @@ TEST(Renderer, AButtonShowsThePictureOfItsState) {
                              .controls("<control type=\"button\" id=\"B\" x=\"5\" y=\"6\" image=\"b.png\"/>")
                              .scene();
     struct Case {
-        bool visible, enabled, hover, pressed;
+        ControlState state; // visible, enabled, hover, pressed
         uint32_t shown;
     } cases[] = {
-        {true, true, false, false, 0xFF0000AA},  {true, true, true, false, 0xFF00AA00},
-        {true, true, false, true, 0xFFAA0000},   {true, true, true, true, 0xFFAA0000},
-        {true, false, false, false, 0xFF555555}, {true, false, true, true, 0xFF555555},
-        {false, true, true, false, 0xFF000000},
+        {{true, true, false, false, 0, {}}, 0xFF0000AA},  {{true, true, true, false, 0, {}}, 0xFF00AA00},
+        {{true, true, false, true, 0, {}}, 0xFFAA0000},   {{true, true, true, true, 0, {}}, 0xFFAA0000},
+        {{true, false, false, false, 0, {}}, 0xFF555555}, {{true, false, true, true, 0, {}}, 0xFF555555},
+        {{false, true, true, false, 0, {}}, 0xFF000000},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.visible << c.enabled << c.hover << c.pressed);
-        std::vector<ControlState> states(1);
-        states[0].visible = c.visible;
-        states[0].enabled = c.enabled;
-        states[0].hover = c.hover;
-        states[0].pressed = c.pressed;
-        const std::vector<uint32_t> pixels = test::render(scene, states);
+        const ControlState& s = c.state;
+        SCOPED_TRACE(testing::Message() << s.visible << s.enabled << s.hover << s.pressed);
+        const std::vector<uint32_t> pixels = test::render(scene, {s});
         EXPECT_EQ(at(pixels, 20, 5, 6), c.shown);
         EXPECT_EQ(at(pixels, 20, 8, 8), c.shown);
         EXPECT_EQ(at(pixels, 20, 4, 6), 0xFF000000u);

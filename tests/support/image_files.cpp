@@ -1,5 +1,6 @@
 #include "tests/support/image_files.h"
 
+#include "core/byte_order.h"
 #include "core/crc32.h"
 
 #include <algorithm>
@@ -11,16 +12,6 @@ namespace {
 void put32be(Bytes& out, uint32_t v) {
     for (int shift = 24; shift >= 0; shift -= 8)
         out.push_back(uint8_t(v >> shift));
-}
-
-void put16le(Bytes& out, uint32_t v) {
-    out.push_back(uint8_t(v));
-    out.push_back(uint8_t(v >> 8));
-}
-
-void put32le(Bytes& out, uint32_t v) {
-    put16le(out, v & 0xFFFF);
-    put16le(out, v >> 16);
 }
 
 void chunk(Bytes& png, const char* type, const Bytes& data) {
@@ -39,8 +30,8 @@ Bytes zlibStored(const Bytes& raw) {
         size_t n = std::min<size_t>(raw.size() - pos, 65535);
         bool last = pos + n == raw.size();
         out.push_back(last ? 1 : 0);
-        put16le(out, uint32_t(n));
-        put16le(out, uint32_t(~n & 0xFFFF));
+        appendLe16(out, uint32_t(n));
+        appendLe16(out, uint32_t(~n & 0xFFFF));
         out.insert(out.end(), raw.begin() + long(pos), raw.begin() + long(pos + n));
         pos += n;
     } while (pos < raw.size());
@@ -84,16 +75,16 @@ Bytes makeBmp(int width, int height, uint32_t argb) {
     const uint32_t rowBytes = (uint32_t(width) * 3 + 3) & ~3u;
     const uint32_t imageBytes = rowBytes * uint32_t(height);
     Bytes bmp = {'B', 'M'};
-    put32le(bmp, 54 + imageBytes);
-    put32le(bmp, 0);
-    put32le(bmp, 54);
-    put32le(bmp, 40);
-    put32le(bmp, uint32_t(width));
-    put32le(bmp, uint32_t(height));
-    put16le(bmp, 1);
-    put16le(bmp, 24);
+    appendLe32(bmp, 54 + imageBytes);
+    appendLe32(bmp, 0);
+    appendLe32(bmp, 54);
+    appendLe32(bmp, 40);
+    appendLe32(bmp, uint32_t(width));
+    appendLe32(bmp, uint32_t(height));
+    appendLe16(bmp, 1);
+    appendLe16(bmp, 24);
     for (int i = 0; i < 6; ++i)
-        put32le(bmp, i == 1 ? imageBytes : 0);
+        appendLe32(bmp, i == 1 ? imageBytes : 0);
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x)
             bmp.insert(bmp.end(), {uint8_t(argb), uint8_t(argb >> 8), uint8_t(argb >> 16)});

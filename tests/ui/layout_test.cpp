@@ -145,12 +145,10 @@ TEST(Layout, SectionsFitTheirColumns) {
                         EXPECT_LE(overflow, 0) << wideToUtf8(b.text);
                     }
                 }
-                for (size_t i = 0; i < cards.size(); ++i)
-                    for (size_t j = i + 1; j < cards.size(); ++j)
-                        EXPECT_FALSE(cards[i].intersects(cards[j]));
-                for (size_t i = 0; i < boxes.size(); ++i)
-                    for (size_t j = i + 1; j < boxes.size(); ++j)
-                        EXPECT_FALSE(boxes[i].intersects(boxes[j]));
+                for (const std::vector<Rect>* apart : {&cards, &boxes})
+                    for (size_t i = 0; i < apart->size(); ++i)
+                        for (size_t j = i + 1; j < apart->size(); ++j)
+                            EXPECT_FALSE((*apart)[i].intersects((*apart)[j]));
                 EXPECT_EQ(layout.logView.empty(), section != kDerleme);
             }
         }

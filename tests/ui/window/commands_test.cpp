@@ -204,12 +204,10 @@ TEST_F(BuilderCommands, SessionWrittenWithoutThePasswordAndRestored) {
     app_->runCommand(kItemConnectionChip, 5);
     EXPECT_NE(test::textOf(test::readFile(file)).find("\r\nconn=5\r\n"), std::string::npos);
 
-    const std::string session = "; Norvane Olusturucu - son oturum (parola kaydedilmez)\r\n"
-                                "skin=" +
-                                wideToUtf8(samplePath()) +
-                                "\r\n"
-                                "config_url=https://oturum.example/config.xml\r\n"
-                                "link.3.URL_SITE=https://site.oturum.example/\r\nsign=1\r\n";
+    const std::string session =
+        "; Norvane Olusturucu - son oturum (parola kaydedilmez)\r\nskin=" + wideToUtf8(samplePath()) +
+        "\r\nconfig_url=https://oturum.example/config.xml\r\n" +
+        "link.3.URL_SITE=https://site.oturum.example/\r\nsign=1\r\n";
     // Every value's way into the fields is the session's end-to-end case; here what the window adds.
     test::writeFile(file, session);
     app_->restoreSession();
