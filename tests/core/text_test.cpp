@@ -25,25 +25,6 @@ TEST(Utf8, InvalidBytesBecomeReplacementCharacters) {
     EXPECT_NE(wide.find(L'\uFFFD'), std::wstring::npos);
 }
 
-TEST(AsciiCase, OnlyAsciiLettersChange) {
-    EXPECT_EQ(asciiLower("Skin.XML"), "skin.xml");
-    // A capital G with breve (C4 9E) is not lower-cased.
-    EXPECT_EQ(asciiLower("\xC4\x9E\x41.PNG"), "\xC4\x9E\x61.png");
-    EXPECT_EQ(asciiUpper("url_new-1"), "URL_NEW-1");
-    EXPECT_TRUE(equalsIgnoreCase("Fernwick.URL.xml", "fernwick.url.XML"));
-    EXPECT_FALSE(equalsIgnoreCase("abc", "abcd"));
-    EXPECT_TRUE(endsWithIgnoreCase("Skin.ZIP", ".zip"));
-    EXPECT_FALSE(endsWithIgnoreCase("zip", ".zip"));
-    EXPECT_TRUE(endsWithIgnoreCase(std::wstring_view(L"out.EXE"), std::wstring_view(L".exe")));
-    EXPECT_FALSE(endsWithIgnoreCase(std::wstring_view(L"out.exe.bak"), std::wstring_view(L".exe")));
-}
-
-TEST(Trim, RemovesBlanksAndLineBreaksAtBothEnds) {
-    EXPECT_EQ(trim(" \t\r\nab c\r\n "), "ab c");
-    EXPECT_EQ(trim("\n\n"), "");
-    EXPECT_EQ(trim(std::wstring_view(L"  x  ")), L"x");
-}
-
 TEST(Paths, SplitAndJoinWithEitherSeparator) {
     EXPECT_EQ(pathFileName(L"C:\\skins/dark\\skin.xml"), L"skin.xml");
     EXPECT_EQ(pathFileName(L"skin.xml"), L"skin.xml");

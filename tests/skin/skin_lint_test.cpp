@@ -101,22 +101,6 @@ TEST(SkinLint, EachMistakeGivesOneFindingWithItsPlaceOnASkinTheLoaderCallsSound)
     }
 }
 
-TEST(SkinLint, ButtonsAndGaugesCountTheirStatePicturesAsUsed) {
-    const Bytes icon = test::makePng(4, 4, 0xFFFFFFFF);
-    SkinFileSet set =
-        skinWith("<control type=\"button\" id=\"B\" image=\"btn_up.png\"/>\n"
-                 "<control type=\"gauge\" id=\"G\" image_full=\"full\" image_empty=\"empty.png\"/>\n",
-                 {{"btn_up.png", icon},
-                  {"btn_on.png", icon},
-                  {"btn_dn.png", icon},
-                  {"btn_ds.png", icon},
-                  {"full.png", icon},
-                  {"empty.png", icon},
-                  {"norvane.ini", test::bytesOf("[patcher]\ntitle=x\nconnections=8\n")}});
-    const LintReport report = lintSkin(set);
-    EXPECT_TRUE(report.findings.empty()) << describe(report);
-}
-
 TEST(SkinLint, ALoaderFailureIsReportedInTheLoadersWordsAndExplainedWhenACaseIsToBlame) {
     SkinFileSet set = skinWith("");
     set.putFile("skin.xml", test::bytesOf("<skin background_image=\"\xC3\x96n\"/>")); // Ön

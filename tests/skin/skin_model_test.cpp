@@ -265,14 +265,5 @@ TEST(SkinImages, TheBudgetCountsEachFileOnceAndNamesTheFileThatPassesIt) {
                                          L"Görseller bellek sınırını aşıyor, yüklenmedi: stated.png"}));
 }
 
-// What parses is the text attributes' case above.
-TEST(ParseColor, RefusedTextsLeaveTheColourAlone) {
-    for (const char* text : {"red", "#12345", "##123456", "12345G", "#123456789"}) {
-        uint32_t argb = 0xDEADBEEF;
-        EXPECT_FALSE(parseColor(text, argb)) << text;
-        EXPECT_EQ(argb, 0xDEADBEEF) << text;
-    }
-}
-
 } // namespace
 } // namespace nv

@@ -134,20 +134,6 @@ TEST(SkinWorkspace, EditsChangeOnlyTheValuesConcerned) {
         EXPECT_EQ(ws.files.entries[i].data, before.entries[i].data);
 }
 
-// A skin without FEED_ controls keeps its feed unedited (the command line's end-to-end case); one with them
-// gives its address to edit, replaced where it stands.
-TEST(SkinWorkspace, TheFeedAddressIsReadAndReplacedInPlace) {
-    SkinFileSet files = sampleFiles();
-    files.putFile("skin.xml",
-                  test::bytesOf(replaced(kSkinXml, "feed_refresh=", "feed_url='https://a/' feed_refresh=")));
-    SkinWorkspace ws = loadedWorkspace(files);
-    EXPECT_TRUE(ws.hasFeed);
-    EXPECT_EQ(ws.feedUrl, L"https://a/");
-    ws.feedUrl = L"https://b/<x>";
-    EXPECT_EQ(fileText(compose(ws), "skin.xml"),
-              replaced(kSkinXml, "feed_refresh=", "feed_url='https://b/&lt;x&gt;' feed_refresh="));
-}
-
 // The package that a build embeds is the command line's compose case; the preview is read the same way.
 TEST(SkinWorkspace, ThePreviewCarriesTheEdits) {
     SkinWorkspace ws = loadedWorkspace();
