@@ -14,6 +14,10 @@ namespace {
 // so this limit is also what bounds its stack use.
 constexpr int kMaxDepth = 64;
 
+// Far beyond any skin, locale or address file (a skin has a few hundred controls): a file of millions of tiny
+// elements would otherwise hold gigabytes of tree, and every reader above would walk all of it.
+constexpr size_t kMaxElements = 100000;
+
 // A ';' further than this after the '&' does not end a reference: the '&' is then an ordinary character.
 constexpr size_t kMaxReferenceLength = 12;
 
@@ -180,6 +184,7 @@ private:
     // The cursor is on the '<' of a start tag.
     void parseElement(XmlElement& element, int depth) {
         if (depth > kMaxDepth) fail("Cok derin yapi", in_.pos());
+        if (++elements_ > kMaxElements) fail("Cok fazla oge", in_.pos());
         element.tagBegin = in_.pos();
         in_.advance(1);
         element.name = readName();
@@ -268,6 +273,7 @@ private:
     }
 
     Cursor in_;
+    size_t elements_ = 0;
 };
 
 std::string escape(std::string_view value, bool quotes) {

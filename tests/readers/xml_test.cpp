@@ -58,6 +58,19 @@ TEST(Xml, AcceptsTheRootAndSixtyFourLevelsBelowIt) {
     EXPECT_EQ(parseError(nested(200000)), L"Cok derin yapi (satir 66)"); // stops instead of recursing on
 }
 
+TEST(Xml, RefusesMoreThanAHundredThousandElements) {
+    auto flat = [](int children) {
+        std::string text = "<r>";
+        for (int i = 0; i < children; ++i)
+            text += i % 1000 == 999 ? "<c/>\n" : "<c/>";
+        return text + "</r>";
+    };
+    XmlDocument document;
+    ASSERT_TRUE(parseXml(flat(99999), document));
+    EXPECT_EQ(document.root.children.size(), 99999u);
+    EXPECT_EQ(parseError(flat(100000)), L"Cok fazla oge (satir 100)");
+}
+
 TEST(Xml, DecodesReferencesInTextAndAttributes) {
     const std::pair<const char*, const char*> cases[] = {
         {"&amp;&lt;&gt;&quot;&apos;&#65;&#x4a;&#x4A;&#x11F;", "&<>\"'AJJ\xC4\x9F"},
