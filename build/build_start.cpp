@@ -1,5 +1,6 @@
 #include "build/build_start.h"
 
+#include "core/files.h"
 #include "core/paths.h"
 #include "core/text.h"
 
@@ -14,6 +15,10 @@ bool checkBuildStart(const BuildInputs& inputs, std::wstring& message) {
         message = L"Çıktı dosyası .exe ile bitmeli.";
     else if (folder.empty() || !folderExists(folder))
         message = L"Çıktı klasörü bulunamadı: " + folder;
+    else if (sameFile(inputs.outputPath, inputs.templatePath))
+        // The build would succeed and leave a patcher where the template was: every later build would start
+        // from it.
+        message = L"Çıktı, patcher şablonunun üzerine yazılamaz: " + inputs.outputPath;
     else if (inputs.signing.enabled && pfx.empty())
         message = L"İmza açık ama sertifika (.pfx) seçilmedi.";
     else if (inputs.signing.enabled && !fileExists(pfx))

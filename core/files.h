@@ -28,6 +28,10 @@ bool createFolders(const std::wstring& path);
 bool fileExists(const std::wstring& path);
 bool folderExists(const std::wstring& path);
 
+// True when both paths name one existing file, however they are spelt (case, short names, links): compared by
+// the file's identity on its volume, not by its name.
+bool sameFile(const std::wstring& a, const std::wstring& b);
+
 // The path made absolute against the current folder (a path typed on a command line); an empty path, or one
 // the system cannot resolve, comes back as it was.
 std::wstring absolutePath(const std::wstring& path);

@@ -133,6 +133,12 @@ bool folderExists(const std::wstring& path) {
     return ::stat(native(path).c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
+bool sameFile(const std::wstring& a, const std::wstring& b) {
+    struct stat first, second;
+    return ::stat(native(a).c_str(), &first) == 0 && ::stat(native(b).c_str(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
 std::wstring absolutePath(const std::wstring& path) {
     if (path.empty() || path[0] == L'/') return path;
     char* cwd = ::getcwd(nullptr, 0);

@@ -28,6 +28,13 @@ check "an output not ending in .exe" [ "$(first_err build "$S" --out "$(winpath 
     --template "$T")" = "1 Çıktı dosyası .exe ile bitmeli." ]
 check "an output folder that is not there" [ "$(first_err build "$S" --out "$(winpath "$work/yok/K.EXE")" \
     --template "$T")" = "1 Çıktı klasörü bulunamadı: $(winpath "$work/yok")" ]
+# The template under another name (a hard link): still the template, and it must stay one.
+cp "${template:-$work/not-a-template.exe}" "$work/sablon.exe"
+ln "$work/sablon.exe" "$work/Kaldra.exe"
+check "the template itself as the output" [ "$(first_err build "$S" --out "$(winpath "$work/Kaldra.exe")" \
+    --template "$(winpath "$work/sablon.exe")")" = \
+    "1 Çıktı, patcher şablonunun üzerine yazılamaz: $(winpath "$work/Kaldra.exe")" ]
+check "... and the template is as it was" cmp -s "$work/sablon.exe" "${template:-$work/not-a-template.exe}"
 check "a certificate that is not there" [ "$(first_err build "$S" --out "$O" --template "$T" \
     --sign-pfx "$(winpath "$work/yok.pfx")")" = "1 Sertifika dosyası bulunamadı: $(winpath "$work/yok.pfx")" ]
 check "a password variable that is not set" [ "$(first_err build "$S" --out "$O" --template "$T" \
