@@ -19,6 +19,7 @@ int commandCompose(const Invocation& invocation, Console& console) {
     SkinWorkspace workspace;
     std::wstring message, note;
     if (!loadSkinInput(source, workspace, message, note)) return failed(console, message);
+    if (outputReplacesSource(source, out, message)) return failed(console, message);
     if (!note.empty()) console.errLine(L"Not: " + note);
     if (!applySkinEdits(edits, workspace, error)) return failed(console, error);
     for (const std::wstring& line : editsWithoutPlace(edits, workspace))

@@ -49,6 +49,7 @@ int commandPack(const Invocation& invocation, Console& console) {
     if (!requireExisting(source, message)) return failed(console, message);
     if (!folderExists(source) && !endsWithIgnoreCase(std::wstring_view(source), std::wstring_view(L".zip")))
         return failed(console, L"Klasör ya da .zip değil: " + source);
+    if (outputReplacesSource(source, out, message)) return failed(console, message);
     // Loaded as the builder loads a source, so a set without skin.xml (which no patcher could show) is
     // refused as the builder refuses it.
     SkinWorkspace workspace;

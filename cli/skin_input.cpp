@@ -2,6 +2,7 @@
 
 #include "cli/nvbuild.h"
 #include "core/files.h"
+#include "core/paths.h"
 #include "core/text.h"
 #include "skin/package.h"
 
@@ -16,6 +17,14 @@ bool isZipName(const std::wstring& path) {
 }
 
 } // namespace
+
+bool outputReplacesSource(const std::wstring& source, const std::wstring& out, std::wstring& message) {
+    const bool replaces =
+        sameFile(out, source) || (folderExists(source) && sameFile(pathParent(out), source) &&
+                                  fileExists(out) && !skinFileName(out).empty());
+    if (replaces) message = L"Çıktı kaynağın üzerine yazılamaz: " + out;
+    return replaces;
+}
 
 bool readPackageFile(const std::wstring& path, SkinFileSet& files, std::wstring& message) {
     if (!requireExisting(path, message)) return false;

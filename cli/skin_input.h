@@ -14,6 +14,10 @@ namespace nv {
 bool loadSkinInput(const std::wstring& path, SkinWorkspace& workspace, std::wstring& message,
                    std::wstring& note);
 
+// True when writing out would replace the source itself, or one of the files a folder source is read from:
+// "Çıktı kaynağın üzerine yazılamaz: " + out, before anything is written.
+bool outputReplacesSource(const std::wstring& source, const std::wstring& out, std::wstring& message);
+
 // A skin package file (.nvsk), read whole; the same "Bulunamadı: " check first.
 bool readPackageFile(const std::wstring& path, SkinFileSet& files, std::wstring& message);
 

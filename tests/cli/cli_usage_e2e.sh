@@ -105,4 +105,17 @@ case_ 1 err "Patcher şablonu bulunamadı: $missing — build.bat ile derleyin."
     --out "$(winpath "$work/K.exe")" --template "$missing"
 case_ 1 err "Klasör ya da .zip değil: $(winpath "$work/plain.txt")" pack "$(winpath "$work/plain.txt")" "$O"
 
+# An output that is the source itself, or one of the files a folder is read from, is refused untouched.
+cp -r "$sample" "$work/own"
+python3 -c 'import shutil, sys; shutil.make_archive(sys.argv[1], "zip", sys.argv[2])' "$work/own" "$sample"
+cp -r "$work/own" "$work/own-before"
+cp "$work/own.zip" "$work/own-before.zip"
+Z=$(winpath "$work/own.zip")
+X=$(winpath "$work/own/skin.xml")
+case_ 1 err "Çıktı kaynağın üzerine yazılamaz: $Z" pack "$Z" "$Z"
+case_ 1 err "Çıktı kaynağın üzerine yazılamaz: $Z" compose "$Z" "$Z"
+case_ 1 err "Çıktı kaynağın üzerine yazılamaz: $X" pack "$(winpath "$work/own")" "$X"
+check "... and the zip and the folder are as they were" \
+    sh -c "cmp -s '$work/own.zip' '$work/own-before.zip' && diff -r '$work/own' '$work/own-before' >/dev/null"
+
 finish
