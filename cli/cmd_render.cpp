@@ -23,6 +23,7 @@ int commandRender(const Invocation& invocation, Console& console) {
     SkinWorkspace workspace;
     std::wstring message, note;
     if (!loadSkinInput(source, workspace, message, note)) return failed(console, message);
+    if (outputReplacesSource(source, out, message)) return failed(console, message);
     if (!note.empty()) console.errLine(L"Not: " + note);
 
     // Composed and loaded exactly as the live preview does it, then drawn with the preview's sample values.

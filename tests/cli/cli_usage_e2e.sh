@@ -115,6 +115,8 @@ X=$(winpath "$work/own/skin.xml")
 case_ 1 err "Çıktı kaynağın üzerine yazılamaz: $Z" pack "$Z" "$Z"
 case_ 1 err "Çıktı kaynağın üzerine yazılamaz: $Z" compose "$Z" "$Z"
 case_ 1 err "Çıktı kaynağın üzerine yazılamaz: $X" pack "$(winpath "$work/own")" "$X"
+case_ 1 err "Çıktı kaynağın üzerine yazılamaz: $(winpath "$work/own/bg.png")" render "$(winpath "$work/own")" \
+    "$(winpath "$work/own/bg.png")"
 check "... and the zip and the folder are as they were" \
     sh -c "cmp -s '$work/own.zip' '$work/own-before.zip' && diff -r '$work/own' '$work/own-before' >/dev/null"
 
