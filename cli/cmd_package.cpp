@@ -26,10 +26,12 @@ bool isDeviceName(const std::string& name) {
 }
 
 // Entry names come from the package as they stand; only a bare file name may become a file in the folder,
-// and only one that Windows keeps as it is (it drops a trailing dot or space, so two entries could meet).
+// only one that Windows keeps as it is (it drops a trailing dot or space, so two entries could meet), and
+// only a kind of file a skin holds: a stranger's package must not drop "run.bat" or "desktop.ini" into a
+// folder.
 bool isSafeFileName(const std::string& name) {
     if (name.empty() || name == "." || name == ".." || name.back() == '.' || name.back() == ' ' ||
-        isDeviceName(name))
+        isDeviceName(name) || skinFileName(utf8ToWide(name)).empty())
         return false;
     for (unsigned char c : name)
         if (c < 0x20 || c == '/' || c == '\\' || c == ':' || c == '*' || c == '?' || c == '"' || c == '<' ||

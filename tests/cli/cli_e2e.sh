@@ -92,8 +92,9 @@ check "unpacking a damaged package creates nothing" [ ! -e "$work/never" ]
 nv pack "$(winpath "$work/nothing-here")" "$(winpath "$work/x.nvsk")" >"$work/out" 2>"$work/err"
 check "a source that is not there exits 1 and writes nothing" sh -c "[ $? -eq 1 ] && [ ! -e '$work/x.nvsk' ]"
 
-# A foreign package whose names Windows would not keep as they are: a device, a trailing dot, a folder part.
-for name in con.png Com1.txt 'a.png.' 'x/../b.png'; do
+# A foreign package whose names Windows would not keep as they are (a device, a trailing dot, a folder part), or
+# that no skin holds.
+for name in con.png Com1.txt 'a.png.' 'x/../b.png' run.bat desktop.ini; do
     python3 -c "
 import struct, sys, zlib
 name, body = sys.argv[1].encode(), b'data'
