@@ -10,6 +10,8 @@
 #include "skin/skin_source.h"
 #include "skin/text_edits.h"
 
+#include <unordered_map>
+
 namespace nv {
 namespace {
 
@@ -50,11 +52,17 @@ void composeInto(const SkinWorkspace& ws, SkinFileSet& out) {
     XmlDocument skin;
     if (parseFile(out, "skin.xml", skin)) {
         std::vector<TextEdit> edits;
-        for (const XmlElement* control : controlElements(skin)) {
-            const std::string id = control->attribute("id");
-            for (const ButtonLink& link : ws.buttonLinks)
-                if (link.edited && equalsIgnoreCase(link.id, id))
-                    setAttribute(edits, *control, "link_url", link.link);
+        // Edited links by their id, so that a skin of many thousands of buttons costs one lookup per control.
+        std::unordered_map<std::string, std::vector<const ButtonLink*>> edited;
+        for (const ButtonLink& link : ws.buttonLinks)
+            if (link.edited) edited[asciiLower(link.id)].push_back(&link);
+        if (!edited.empty()) {
+            for (const XmlElement* control : controlElements(skin)) {
+                const auto found = edited.find(asciiLower(control->attribute("id")));
+                if (found == edited.end()) continue;
+                for (const ButtonLink* link : found->second)
+                    setAttribute(edits, *control, "link_url", link->link);
+            }
         }
         if (ws.hasFeed && ws.feedUrl != ws.importedFeedUrl)
             setAttribute(edits, skin.root, "feed_url", ws.feedUrl);
