@@ -180,6 +180,12 @@ void put(Bytes& out, std::initializer_list<Field> fields) {
             out.push_back(uint8_t(f.value >> (8 * i)));
 }
 
+// Flags, method, time, date, CRC, sizes, name and extra lengths of an empty stored entry: the run of fields
+// that a local header and its directory entry hold alike.
+void putSharedFields(Bytes& out, uint32_t nameLength) {
+    put(out, {{0, 2}, {0, 2}, {0, 2}, {0, 2}, {0, 4}, {0, 4}, {0, 4}, {nameLength, 2}, {0, 2}});
+}
+
 // A stored zip of `count` empty, distinct .txt entries: about 6 MB for the most entries a zip without zip64
 // holds, the size of a small skin, so that the reader must not cost more per entry as the set grows.
 Bytes crowdedZip(uint32_t count) {
@@ -187,37 +193,15 @@ Bytes crowdedZip(uint32_t count) {
     for (uint32_t i = 0; i < count; ++i) {
         const std::string name = "f" + std::to_string(i) + ".txt";
         const uint32_t nameLength = uint32_t(name.size()), offset = uint32_t(zip.size());
-        // signature, version, flags, method, time, date, CRC, sizes, name and extra lengths
-        put(zip, {{0x04034b50, 4},
-                  {10, 2},
-                  {0, 2},
-                  {0, 2},
-                  {0, 2},
-                  {0, 2},
-                  {0, 4},
-                  {0, 4},
-                  {0, 4},
-                  {nameLength, 2},
-                  {0, 2}});
+        // signature and version, then the fields both headers share
+        put(zip, {{0x04034b50, 4}, {10, 2}});
+        putSharedFields(zip, nameLength);
         zip.insert(zip.end(), name.begin(), name.end());
-        // ... and in the directory: made by, comment length, disk, attributes, local header offset
-        put(directory, {{0x02014b50, 4},
-                        {20, 2},
-                        {10, 2},
-                        {0, 2},
-                        {0, 2},
-                        {0, 2},
-                        {0, 2},
-                        {0, 4},
-                        {0, 4},
-                        {0, 4},
-                        {nameLength, 2},
-                        {0, 2},
-                        {0, 2},
-                        {0, 2},
-                        {0, 2},
-                        {0, 4},
-                        {offset, 4}});
+        // ... and in the directory: made by, then the shared fields, then comment length, disk, attributes
+        // and the local header's offset
+        put(directory, {{0x02014b50, 4}, {20, 2}, {10, 2}});
+        putSharedFields(directory, nameLength);
+        put(directory, {{0, 2}, {0, 2}, {0, 2}, {0, 4}, {offset, 4}});
         directory.insert(directory.end(), name.begin(), name.end());
     }
     const uint32_t directoryOffset = uint32_t(zip.size());
