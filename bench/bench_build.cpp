@@ -5,7 +5,7 @@
 // under Wine).
 
 #include "bench/bench_harness.h"
-#include "build/build_job.h"
+#include "packager/build_job.h"
 #include "core/paths.h"
 #include "skin/package.h"
 #include "skin/picture_cache.h"

@@ -1,9 +1,9 @@
 // nvbuild build: the patcher executable, built from a skin exactly as the builder window builds it.
 
-#include "build/build_job.h"
-#include "build/build_start.h"
-#include "build/icon.h"
-#include "build/signing.h"
+#include "packager/build_job.h"
+#include "packager/build_start.h"
+#include "packager/icon.h"
+#include "packager/signing.h"
 #include "cli/nvbuild.h"
 #include "cli/skin_edits.h"
 #include "cli/session_recipe.h"

@@ -2,7 +2,7 @@
 // The builder's session file ("olusturucu.ini") as a build recipe: an operator commits the file the builder
 // wrote and builds the same patcher headless.
 
-#include "build/session_file.h"
+#include "packager/session_file.h"
 #include "skin/workspace.h"
 
 #include <string>

@@ -4,7 +4,7 @@
 // everything here runs on the UI thread except the build worker, which talks to it only through posted
 // messages.
 
-#include "build/build_job.h"
+#include "packager/build_job.h"
 #include "readers/image.h"
 #include "skin/workspace.h"
 #include "ui/layout.h"

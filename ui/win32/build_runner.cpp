@@ -2,7 +2,7 @@
 
 #include "ui/win32/app.h"
 
-#include "build/build_start.h"
+#include "packager/build_start.h"
 #include "core/files.h"
 #include "core/format.h"
 #include "core/paths.h"

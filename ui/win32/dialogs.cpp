@@ -3,7 +3,7 @@
 
 #include "ui/win32/app.h"
 
-#include "build/icon.h"
+#include "packager/icon.h"
 #include "core/files.h"
 #include "core/paths.h"
 

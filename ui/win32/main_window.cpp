@@ -3,7 +3,7 @@
 
 #include "ui/win32/app.h"
 
-#include "build/signing.h"
+#include "packager/signing.h"
 #include "core/files.h"
 #include "core/paths.h"
 

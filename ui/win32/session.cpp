@@ -1,10 +1,10 @@
 // The window's side of the session file: what the fields hold goes out on every close, focus loss and setting
 // command, and comes back once while the window is created. The file's format and its restore rules are
-// shared with nvbuild (build/session_file.h); this only feeds them.
+// shared with nvbuild (packager/session_file.h); this only feeds them.
 
 #include "ui/win32/app.h"
 
-#include "build/session_file.h"
+#include "packager/session_file.h"
 #include "core/text.h"
 #include "ui/readiness.h"
 

@@ -1,0 +1,234 @@
+// Writing the patcher executable: the template's copy gets the icon, version and skin-package resources, is
+// verified, signed when asked, and only then replaces the output.
+
+#include "packager/build_job.h"
+
+#include "packager/icon.h"
+#include "packager/pe_image.h"
+#include "packager/resources.h"
+#include "packager/signing.h"
+#include "packager/version_resource.h"
+#include "packager/win32/file_patch.h"
+#include "packager/win32/resource_io.h"
+#include "core/crc32.h"
+#include "core/format.h"
+#include "core/paths.h"
+#include "core/win32/scoped_win.h"
+#include "skin/package.h"
+#include "skin/win32/embedded_skin.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+namespace nv {
+namespace {
+
+constexpr uint64_t kMaxTemplate = 0x4000000; // 64 MiB
+
+class Writer {
+public:
+    Writer(const BuildRequest& request, BuildLogFn log, void* context)
+        : request_(request), log_(log), context_(context), temp_(request.outputPath + L".building") {}
+
+    BuildResult run();
+    // The temporary copy goes whatever happened; used when memory ran out halfway.
+    void dropTemp() { DeleteFileW(temp_.c_str()); }
+
+private:
+    void say(const std::wstring& line) {
+        if (log_) log_(context_, line);
+    }
+    BuildResult fail(const std::wstring& message) {
+        BuildResult result;
+        result.message = message;
+        return result;
+    }
+    BuildResult failAndDelete(const std::wstring& message) {
+        dropTemp();
+        return fail(message);
+    }
+
+    std::wstring writeResources(const std::vector<ResourceItem>& kept, const std::vector<IcoEntry>& icons);
+    bool finishImage(const PeTail& tail, DWORD& error);
+    bool verify();
+
+    const BuildRequest& request_;
+    BuildLogFn log_;
+    void* context_;
+    const std::wstring temp_;
+};
+
+BuildResult Writer::run() {
+    const BuildRequest& r = request_;
+    if (!fileExists(r.templatePath))
+        return fail(L"Şablon exe bulunamadı: " + r.templatePath +
+                    L"\n(Norvane.Template.exe oluşturucunun yanında olmalı)");
+    if (r.outputPath.empty()) return fail(L"Çıktı dosyası seçilmedi.");
+    if (r.packageBytes.empty()) return fail(L"Skin paketi boş.");
+
+    Bytes image;
+    if (!readFileBytes(r.templatePath, image, kMaxTemplate) || image.size() < 0x200 || image[0] != 'M' ||
+        image[1] != 'Z')
+        return fail(L"Şablon geçerli bir exe değil.");
+    // A signature or appended data of the template must not reach the resource writer: the one would be
+    // stale, the other dropped. Both are taken off the copy here and the overlay is put back after the
+    // update.
+    PeLayout layout;
+    PeTail tail;
+    Bytes cut;
+    const bool isPe = readPeLayout(image, layout);
+    if (isPe) tail = readPeTail(image, layout);
+    const bool needsCut = isPe && cutPeTail(image, layout, cut);
+    image = Bytes();
+
+    const std::wstring folder = pathParent(r.outputPath);
+    if (!folder.empty() && !createFolders(folder)) return fail(L"Çıktı klasörü oluşturulamadı: " + folder);
+
+    DeleteFileW(temp_.c_str());
+    if (!CopyFileW(r.templatePath.c_str(), temp_.c_str(), FALSE))
+        return fail(L"Şablon kopyalanamadı: " + systemErrorText(GetLastError()));
+    SetFileAttributesW(temp_.c_str(), FILE_ATTRIBUTE_NORMAL);
+    if (needsCut) {
+        DWORD error = 0;
+        if (!replaceFileEnd(temp_, 0, cut, error))
+            return failAndDelete(L"Şablon kopyalanamadı: " + systemErrorText(error));
+        cut = Bytes();
+    }
+    say(L"Şablon kopyalandı.");
+
+    std::vector<IcoEntry> icons;
+    if (!r.iconBytes.empty()) {
+        std::wstring message;
+        if (!readIcoDirectory(r.iconBytes, icons, message)) return failAndDelete(message);
+    }
+
+    const bool newIcon = !icons.empty();
+    std::vector<ResourceItem> kept;
+    DWORD error = 0;
+    if (!readResources(
+            temp_,
+            [&](const ResourceId& type, const ResourceId& name) {
+                return !replacedByBuild(type, name, newIcon);
+            },
+            kept, error))
+        return failAndDelete(L"Kaynak güncelleme başlatılamadı: " + systemErrorText(error));
+    const std::wstring failure = writeResources(kept, icons);
+    if (!failure.empty()) return failAndDelete(failure);
+    kept = {};
+    if (!finishImage(tail, error)) return failAndDelete(L"Kaynaklar yazılamadı: " + systemErrorText(error));
+
+    if (!verify()) return failAndDelete(L"Doğrulama başarısız: gömülü skin okunamadı.");
+    say(L"Doğrulama tamam.");
+
+    BuildResult result;
+    if (r.signing.enabled) {
+        std::wstring message;
+        if (!signExecutable(r.signing, temp_, r.version, log_, context_, message))
+            return failAndDelete(message);
+        result.wasSigned = true;
+        say(L"İmza eklendi.");
+    }
+
+    DWORD attributes = GetFileAttributesW(r.outputPath.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
+        SetFileAttributesW(r.outputPath.c_str(), FILE_ATTRIBUTE_NORMAL);
+    if (!MoveFileExW(temp_.c_str(), r.outputPath.c_str(),
+                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_COPY_ALLOWED)) {
+        DWORD e = GetLastError();
+        dropTemp();
+        // Wine reports a file held open by another process as access denied, Windows as a sharing violation.
+        if (e == ERROR_SHARING_VIOLATION || e == ERROR_ACCESS_DENIED)
+            return fail(L"Çıktı dosyası kullanımda (patcher açık olabilir): " + r.outputPath);
+        return fail(L"Çıktı yazılamadı: " + systemErrorText(e));
+    }
+    if (!fileCrc32(r.outputPath, result.crc32, result.size)) {
+        result.wasSigned = false;
+        return fail(L"Çıktı okunamadı.");
+    }
+    result.ok = true;
+    return result;
+}
+
+// The update starts from an empty resource set (see ResourceRewrite): the template's resources that stay are
+// written back first, then the icons, the version information and the skin package. Returns the failure.
+std::wstring Writer::writeResources(const std::vector<ResourceItem>& kept,
+                                    const std::vector<IcoEntry>& icons) {
+    ResourceRewrite rewrite;
+    if (!rewrite.begin(temp_)) return L"Kaynak güncelleme başlatılamadı: " + systemErrorText(rewrite.error());
+    for (const ResourceItem& item : kept)
+        rewrite.write(item);
+
+    if (!icons.empty()) {
+        bool written = true;
+        for (const ResourceItem& item : iconResources(request_.iconBytes, icons))
+            written = rewrite.write(item) && written;
+        if (written) say(L"İkon yazıldı (" + std::to_wstring(icons.size()) + L" boyut).");
+    }
+    if (rewrite.write({ResourceId::number(kResourceVersion), ResourceId::number(1), 0,
+                       buildVersionResource(request_.version)}))
+        say(L"Sürüm bilgisi yazıldı.");
+    const Bytes& package = request_.packageBytes;
+    if (rewrite.write(ResourceId::number(kResourceRcdata), ResourceId::number(SKIN_RESOURCE_ID), 0,
+                      package.data(), package.size()))
+        say(L"Skin paketi gömüldü (" + sizeText(package.size()) + L").");
+
+    if (!rewrite.end()) return L"Kaynaklar yazılamadı: " + systemErrorText(rewrite.error());
+    return {};
+}
+
+// Resource writers leave the checksum stale, may drop appended data and stamp the clock into the resource
+// directories; the written copy is put right where it lies: only the pages that change are written.
+bool Writer::finishImage(const PeTail& tail, DWORD& error) {
+    // Usually the writer left the sections alone at the end and the template had no overlay: one pass. Else
+    // the end is put right first and the image fixed in a second pass.
+    uint64_t sectionsEnd = 0;
+    bool endRight = false;
+    const auto fixWhenEndRight = [&](uint8_t* data, size_t size) {
+        PeLayout layout;
+        if (!readPeLayout(data, size, layout)) return false;
+        sectionsEnd = layout.sectionsEnd;
+        endRight = size - sectionsEnd == tail.overlay.size() &&
+                   std::equal(tail.overlay.begin(), tail.overlay.end(), data + sectionsEnd);
+        return !endRight || fixFinishedPeImage(data, size, tail);
+    };
+    if (!editFileInPlace(temp_, fixWhenEndRight, error)) return false;
+    if (endRight) return true;
+    return replaceFileEnd(temp_, sectionsEnd, tail.overlay, error) &&
+           editFileInPlace(
+               temp_, [&](uint8_t* data, size_t size) { return fixFinishedPeImage(data, size, tail); },
+               error);
+}
+
+// The package must come back from the copy exactly as it went in.
+bool Writer::verify() {
+    win::ScopedModule module(
+        LoadLibraryExW(temp_.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
+    if (!module.get()) module.reset(LoadLibraryExW(temp_.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE));
+    if (!module.get()) return false;
+    // The patcher's own reader is run over the bytes where they lie; copying the files out would only cost
+    // memory.
+    const uint8_t* data = nullptr;
+    size_t size = 0;
+    if (!findEmbeddedSkin(module.get(), data, size) || !checkSkinPackage(data, size)) return false;
+    const Bytes& package = request_.packageBytes;
+    return size == package.size() && std::memcmp(data, package.data(), size) == 0;
+}
+
+} // namespace
+
+BuildResult writePatcherExecutable(const BuildRequest& request, BuildLogFn log, void* context) {
+    Writer writer(request, log, context);
+    try {
+        return writer.run();
+    } catch (const std::bad_alloc&) {
+        writer.dropTemp();
+        BuildResult result;
+        result.message = L"Bellek yetersiz.";
+        return result;
+    }
+}
+
+} // namespace nv
