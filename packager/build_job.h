@@ -5,8 +5,10 @@
 
 #include "core/files.h"
 
+#include <atomic>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace nv {
 
@@ -27,22 +29,30 @@ struct BuildRequest {
     Bytes packageBytes; // the skin package to embed
     VersionInfoFields version;
     SigningOptions signing;
+    // Set from another thread (a console's Ctrl-C) to stop the build at its next step: the temporary copy
+    // goes and the previous output stays. Once the copy has replaced the output the build is done and stays
+    // done.
+    const std::atomic<bool>* cancel = nullptr;
 };
 
 struct BuildResult {
     bool ok = false;
     std::wstring message; // the failure, empty on success
-    uint32_t crc32 = 0;   // of the finished output file
+    uint32_t crc32 = 0;   // of the file this build put in place
     uint64_t size = 0;
     bool wasSigned = false;
+    bool cancelled = false; // stopped on request; nothing was left behind
+    // runBuild: the warnings of the composed skin's validation (the loader's words), whatever the outcome.
+    std::vector<std::wstring> warnings;
 };
 
 // Receives each progress line of a build; called on the thread that runs the build.
 using BuildLogFn = void (*)(void* context, const std::wstring& line);
 
-// Copies the template beside the output, writes the icon, version and skin-package resources into the copy,
-// verifies that the package reads back, signs it when asked and only then moves it over the output. A failure
-// leaves the previous output as it was and no temporary file behind. Never throws.
+// Copies the template beside the output (output + ".building"), writes the icon, version and skin-package
+// resources into the copy, verifies that the package reads back, signs it when asked and only then moves it
+// over the output. A failure leaves the previous output as it was and no temporary file behind. A build that
+// finds another one writing the same output refuses and leaves that build's copy alone. Never throws.
 BuildResult writePatcherExecutable(const BuildRequest& request, BuildLogFn log, void* context);
 
 // What the builder's fields hold besides the working skin (the window, the preview executable, snapshot mode
@@ -54,10 +64,22 @@ struct BuildInputs {
     SigningOptions signing;
 };
 
+// How one run of a build is steered, beside its inputs.
+struct BuildRunOptions {
+    // Any warning of the composed skin's validation fails the build before anything is written (a patcher
+    // without its start button's pictures is no patcher to ship from CI).
+    bool strict = false;
+    const std::atomic<bool>* cancel =
+        nullptr; // as BuildRequest::cancel; also stops before the writing starts
+};
+
 // Composes the package from the workspace (its settings, addresses and links already copied in from the
 // fields), fills the request (productName defaults to the trimmed title, originalFilename to the output's
 // file name) and writes the executable. Never throws; safe on a worker thread (reads the workspace only).
-BuildResult runBuild(const SkinWorkspace& workspace, const BuildInputs& inputs, BuildLogFn log,
-                     void* context);
+BuildResult runBuild(const SkinWorkspace& workspace, const BuildInputs& inputs, BuildLogFn log, void* context,
+                     const BuildRunOptions& options = {});
+
+// The failure of a build that was asked to stop.
+inline constexpr const wchar_t* kBuildCancelledMessage = L"Oluşturma iptal edildi.";
 
 } // namespace nv

@@ -9,19 +9,38 @@
 
 namespace nv {
 
-BuildResult runBuild(const SkinWorkspace& workspace, const BuildInputs& inputs, BuildLogFn log,
-                     void* context) {
+BuildResult runBuild(const SkinWorkspace& workspace, const BuildInputs& inputs, BuildLogFn log, void* context,
+                     const BuildRunOptions& options) {
     BuildResult result;
     try {
         Bytes package;
         std::vector<std::wstring> messages;
-        if (!workspace.buildSkinPackage(package, messages)) {
+        const bool composed = workspace.buildSkinPackage(package, messages);
+        if (!composed) {
             // The composition's failure is its last message; the ones before it are warnings.
-            result.message = messages.empty() ? L"Skin paketi boş." : messages.back();
+            result.message = L"Skin paketi boş.";
+            if (!messages.empty()) {
+                result.message = std::move(messages.back());
+                messages.pop_back();
+            }
+        }
+        result.warnings = std::move(messages);
+        if (!composed) return result;
+        if (options.strict && !result.warnings.empty()) {
+            result.message = L"Skin doğrulaması " + std::to_wstring(result.warnings.size()) +
+                             L" uyarı verdi; katı denetimde uyarılı skinden patcher oluşturulmaz.";
             return result;
         }
-        return writePatcherExecutable(makeBuildRequest(inputs, workspace.settings.title, std::move(package)),
-                                      log, context);
+        if (options.cancel && options.cancel->load()) {
+            result.message = kBuildCancelledMessage;
+            result.cancelled = true;
+            return result;
+        }
+        BuildRequest request = makeBuildRequest(inputs, workspace.settings.title, std::move(package));
+        request.cancel = options.cancel;
+        BuildResult written = writePatcherExecutable(request, log, context);
+        written.warnings = std::move(result.warnings);
+        return written;
     } catch (const std::bad_alloc&) {
         result.message = L"Bellek yetersiz.";
         return result;

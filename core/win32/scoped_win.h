@@ -7,6 +7,13 @@
 
 namespace nv::win {
 
+// The calling thread's last error, or the fallback when the call that failed left none (some do, under Wine
+// among others): a failure is never reported as error 0, "success".
+inline DWORD lastErrorOr(DWORD fallback) {
+    const DWORD error = GetLastError();
+    return error != 0 ? error : fallback;
+}
+
 // A kernel handle from CreateFileW and friends (INVALID_HANDLE_VALUE and null both mean "none").
 class ScopedHandle {
 public:

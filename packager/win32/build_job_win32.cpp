@@ -8,6 +8,7 @@
 #include "packager/resources.h"
 #include "packager/signing.h"
 #include "packager/version_resource.h"
+#include "packager/win32/building_file.h"
 #include "packager/win32/file_patch.h"
 #include "packager/win32/resource_io.h"
 #include "core/crc32.h"
@@ -31,11 +32,11 @@ constexpr uint64_t kMaxTemplate = 0x4000000; // 64 MiB
 class Writer {
 public:
     Writer(const BuildRequest& request, BuildLogFn log, void* context)
-        : request_(request), log_(log), context_(context), temp_(request.outputPath + L".building") {}
+        : request_(request), log_(log), context_(context), temp_(request.outputPath) {}
 
     BuildResult run();
     // The temporary copy goes whatever happened; used when memory ran out halfway.
-    void dropTemp() { DeleteFileW(temp_.c_str()); }
+    void dropTemp() { temp_.remove(); }
 
 private:
     void say(const std::wstring& line) {
@@ -50,6 +51,13 @@ private:
         dropTemp();
         return fail(message);
     }
+    // Asked between steps, never inside one: a step half done would leave nothing to clean up but the copy.
+    bool cancelled() const { return request_.cancel && request_.cancel->load(); }
+    BuildResult stop() {
+        BuildResult result = failAndDelete(kBuildCancelledMessage);
+        result.cancelled = true;
+        return result;
+    }
 
     std::wstring writeResources(const std::vector<ResourceItem>& kept, const std::vector<IcoEntry>& icons);
     bool finishImage(const PeTail& tail, DWORD& error);
@@ -58,7 +66,7 @@ private:
     const BuildRequest& request_;
     BuildLogFn log_;
     void* context_;
-    const std::wstring temp_;
+    BuildingFile temp_;
 };
 
 BuildResult Writer::run() {
@@ -74,29 +82,30 @@ BuildResult Writer::run() {
         image[1] != 'Z')
         return fail(L"Şablon geçerli bir exe değil.");
     // A signature or appended data of the template must not reach the resource writer: the one would be
-    // stale, the other dropped. Both are taken off the copy here and the overlay is put back after the
-    // update.
+    // stale, the other dropped. Both are taken off the copy, and the overlay is put back after the update.
     PeLayout layout;
     PeTail tail;
     Bytes cut;
     const bool isPe = readPeLayout(image, layout);
     if (isPe) tail = readPeTail(image, layout);
-    const bool needsCut = isPe && cutPeTail(image, layout, cut);
-    image = Bytes();
+    if (isPe && cutPeTail(image, layout, cut)) image = std::move(cut);
 
     const std::wstring folder = pathParent(r.outputPath);
     if (!folder.empty() && !createFolders(folder)) return fail(L"Çıktı klasörü oluşturulamadı: " + folder);
+    if (cancelled()) return stop();
 
-    DeleteFileW(temp_.c_str());
-    if (!CopyFileW(r.templatePath.c_str(), temp_.c_str(), FALSE))
-        return fail(L"Şablon kopyalanamadı: " + systemErrorText(GetLastError()));
-    SetFileAttributesW(temp_.c_str(), FILE_ATTRIBUTE_NORMAL);
-    if (needsCut) {
-        DWORD error = 0;
-        if (!replaceFileEnd(temp_, 0, cut, error))
-            return failAndDelete(L"Şablon kopyalanamadı: " + systemErrorText(error));
-        cut = Bytes();
+    DWORD error = 0;
+    switch (temp_.create(error)) {
+    case BuildingFile::Start::InUse:
+        return fail(L"Bu çıktıyı şu anda başka bir oluşturma yazıyor: " + r.outputPath);
+    case BuildingFile::Start::Failed:
+        return fail(L"Şablon kopyalanamadı: " + systemErrorText(error));
+    case BuildingFile::Start::Created:
+        break;
     }
+    if (!temp_.write(image.data(), image.size(), error))
+        return failAndDelete(L"Şablon kopyalanamadı: " + systemErrorText(error));
+    image = Bytes();
     say(L"Şablon kopyalandı.");
 
     std::vector<IcoEntry> icons;
@@ -104,12 +113,12 @@ BuildResult Writer::run() {
         std::wstring message;
         if (!readIcoDirectory(r.iconBytes, icons, message)) return failAndDelete(message);
     }
+    if (cancelled()) return stop();
 
     const bool newIcon = !icons.empty();
     std::vector<ResourceItem> kept;
-    DWORD error = 0;
     if (!readResources(
-            temp_,
+            temp_.path(),
             [&](const ResourceId& type, const ResourceId& name) {
                 return !replacedByBuild(type, name, newIcon);
             },
@@ -119,34 +128,34 @@ BuildResult Writer::run() {
     if (!failure.empty()) return failAndDelete(failure);
     kept = {};
     if (!finishImage(tail, error)) return failAndDelete(L"Kaynaklar yazılamadı: " + systemErrorText(error));
+    if (cancelled()) return stop();
 
     if (!verify()) return failAndDelete(L"Doğrulama başarısız: gömülü skin okunamadı.");
     say(L"Doğrulama tamam.");
+    if (cancelled()) return stop();
 
     BuildResult result;
     if (r.signing.enabled) {
         std::wstring message;
-        if (!signExecutable(r.signing, temp_, r.version, log_, context_, message))
+        if (!signExecutable(r.signing, temp_.path(), r.version, log_, context_, message))
             return failAndDelete(message);
         result.wasSigned = true;
         say(L"İmza eklendi.");
+        if (cancelled()) return stop();
     }
 
+    // Measured here, where only this build can change the file: what the build reports is the file it puts in
+    // place, whoever replaces the output afterwards.
+    if (!fileCrc32(temp_.path(), result.crc32, result.size)) return failAndDelete(L"Çıktı okunamadı.");
     DWORD attributes = GetFileAttributesW(r.outputPath.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY))
         SetFileAttributesW(r.outputPath.c_str(), FILE_ATTRIBUTE_NORMAL);
-    if (!MoveFileExW(temp_.c_str(), r.outputPath.c_str(),
-                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_COPY_ALLOWED)) {
-        DWORD e = GetLastError();
+    if (!temp_.moveOver(r.outputPath, error)) {
         dropTemp();
         // Wine reports a file held open by another process as access denied, Windows as a sharing violation.
-        if (e == ERROR_SHARING_VIOLATION || e == ERROR_ACCESS_DENIED)
+        if (error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED)
             return fail(L"Çıktı dosyası kullanımda (patcher açık olabilir): " + r.outputPath);
-        return fail(L"Çıktı yazılamadı: " + systemErrorText(e));
-    }
-    if (!fileCrc32(r.outputPath, result.crc32, result.size)) {
-        result.wasSigned = false;
-        return fail(L"Çıktı okunamadı.");
+        return fail(L"Çıktı yazılamadı: " + systemErrorText(error));
     }
     result.ok = true;
     return result;
@@ -157,7 +166,8 @@ BuildResult Writer::run() {
 std::wstring Writer::writeResources(const std::vector<ResourceItem>& kept,
                                     const std::vector<IcoEntry>& icons) {
     ResourceRewrite rewrite;
-    if (!rewrite.begin(temp_)) return L"Kaynak güncelleme başlatılamadı: " + systemErrorText(rewrite.error());
+    if (!rewrite.begin(temp_.path()))
+        return L"Kaynak güncelleme başlatılamadı: " + systemErrorText(rewrite.error());
     for (const ResourceItem& item : kept)
         rewrite.write(item);
 
@@ -194,19 +204,20 @@ bool Writer::finishImage(const PeTail& tail, DWORD& error) {
                    std::equal(tail.overlay.begin(), tail.overlay.end(), data + sectionsEnd);
         return !endRight || fixFinishedPeImage(data, size, tail);
     };
-    if (!editFileInPlace(temp_, fixWhenEndRight, error)) return false;
+    if (!editFileInPlace(temp_.path(), fixWhenEndRight, error)) return false;
     if (endRight) return true;
-    return replaceFileEnd(temp_, sectionsEnd, tail.overlay, error) &&
+    return replaceFileEnd(temp_.path(), sectionsEnd, tail.overlay, error) &&
            editFileInPlace(
-               temp_, [&](uint8_t* data, size_t size) { return fixFinishedPeImage(data, size, tail); },
+               temp_.path(), [&](uint8_t* data, size_t size) { return fixFinishedPeImage(data, size, tail); },
                error);
 }
 
 // The package must come back from the copy exactly as it went in.
 bool Writer::verify() {
+    const wchar_t* path = temp_.path().c_str();
     win::ScopedModule module(
-        LoadLibraryExW(temp_.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
-    if (!module.get()) module.reset(LoadLibraryExW(temp_.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE));
+        LoadLibraryExW(path, nullptr, LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
+    if (!module.get()) module.reset(LoadLibraryExW(path, nullptr, LOAD_LIBRARY_AS_DATAFILE));
     if (!module.get()) return false;
     // The patcher's own reader is run over the bytes where they lie; copying the files out would only cost
     // memory.

@@ -22,7 +22,8 @@ bool replaceFileEnd(const std::wstring& path, uint64_t keep, const Bytes& bytes,
         (!bytes.empty() && (!WriteFile(file.get(), bytes.data(), DWORD(bytes.size()), &wrote, nullptr) ||
                             wrote != bytes.size())) ||
         !file.close()) {
-        error = GetLastError();
+        // A short write sets no error of its own.
+        error = win::lastErrorOr(ERROR_WRITE_FAULT);
         return false;
     }
     return true;
@@ -32,13 +33,13 @@ bool editFileInPlace(const std::wstring& path, const FileEditFn& edit, DWORD& er
     win::ScopedHandle file = openForWriting(path);
     LARGE_INTEGER size = {};
     if (!file.valid() || !GetFileSizeEx(file.get(), &size)) {
-        error = GetLastError();
+        error = win::lastErrorOr(ERROR_OPEN_FAILED);
         return false;
     }
     win::ScopedHandle mapping(CreateFileMappingW(file.get(), nullptr, PAGE_READWRITE, 0, 0, nullptr));
     win::ScopedView view(mapping.valid() ? MapViewOfFile(mapping.get(), FILE_MAP_WRITE, 0, 0, 0) : nullptr);
     if (!view.get()) {
-        error = GetLastError();
+        error = win::lastErrorOr(ERROR_NOT_ENOUGH_MEMORY);
         return false;
     }
     if (!edit(view.get(), size_t(size.QuadPart))) {

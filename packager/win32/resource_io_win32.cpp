@@ -72,7 +72,7 @@ bool readResources(const std::wstring& path, const KeepResourceFn& keep, std::ve
     kept.clear();
     win::ScopedModule module(loadAsData(path));
     if (!module.get()) {
-        error = GetLastError();
+        error = win::lastErrorOr(ERROR_BAD_EXE_FORMAT);
         return false;
     }
     Listing types;
@@ -86,7 +86,8 @@ bool readResources(const std::wstring& path, const KeepResourceFn& keep, std::ve
                 HGLOBAL loaded = found ? LoadResource(module.get(), found) : nullptr;
                 const uint8_t* data = loaded ? static_cast<const uint8_t*>(LockResource(loaded)) : nullptr;
                 if (!data) {
-                    error = found ? GetLastError() : ERROR_RESOURCE_DATA_NOT_FOUND;
+                    error = found ? win::lastErrorOr(ERROR_RESOURCE_DATA_NOT_FOUND)
+                                  : ERROR_RESOURCE_DATA_NOT_FOUND;
                     return false;
                 }
                 kept.push_back(
@@ -103,7 +104,8 @@ ResourceRewrite::~ResourceRewrite() {
 
 bool ResourceRewrite::begin(const std::wstring& path) {
     handle_ = BeginUpdateResourceW(path.c_str(), TRUE);
-    if (!handle_) error_ = GetLastError();
+    // Wine fails without an error code on a file that this process still has loaded.
+    if (!handle_) error_ = win::lastErrorOr(ERROR_OPEN_FAILED);
     return handle_ != nullptr;
 }
 
@@ -116,7 +118,7 @@ bool ResourceRewrite::write(const ResourceId& type, const ResourceId& name, uint
     if (!UpdateResourceW(handle_, pointerOf(type), pointerOf(name), language, const_cast<uint8_t*>(data),
                          DWORD(size))) {
         failed_ = true;
-        error_ = GetLastError();
+        error_ = win::lastErrorOr(ERROR_WRITE_FAULT);
         return false;
     }
     return true;
@@ -127,7 +129,7 @@ bool ResourceRewrite::end() {
     HANDLE handle = handle_;
     handle_ = nullptr;
     if (!EndUpdateResourceW(handle, failed_ ? TRUE : FALSE)) {
-        if (!failed_) error_ = GetLastError();
+        if (!failed_) error_ = win::lastErrorOr(ERROR_WRITE_FAULT);
         return false;
     }
     return !failed_;

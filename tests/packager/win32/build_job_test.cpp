@@ -6,6 +6,8 @@
 #include "packager/pe_image.h"
 #include "packager/resources.h"
 #include "packager/version_resource.h"
+#include "packager/win32/building_file.h"
+#include "packager/win32/resource_io.h"
 #include "core/crc32.h"
 #include "core/paths.h"
 #include "core/text.h"
@@ -20,7 +22,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
+#include <thread>
 
 namespace nv {
 namespace {
@@ -160,6 +164,105 @@ TEST(BuildJob, FailuresLeaveThePreviousOutput) {
         EXPECT_EQ(test::readFile(out), previous) << wideToUtf8(message);
         EXPECT_FALSE(fileExists(out + L".building")) << wideToUtf8(message);
     }
+}
+
+// A stop asked for at any step (the line the build has just logged) ends the build as cancelled, with no
+// temporary copy and the previous output as it was; the signer's wait included.
+TEST(BuildJob, CancelAtEachStepLeavesNothing) {
+    test::TempDir dir;
+    const std::wstring out = dir.file(L"Kaldra.exe"), pfx = dir.file(L"imza.pfx");
+    test::writeFile(pfx, "pfx");
+    const Bytes previous = test::noiseBytes(2000, 3);
+    SetEnvironmentVariableW(L"NV_FAKE_SIGNTOOL_LOG", nullptr);
+    const wchar_t* steps[] = {
+        L"Şablon kopyalandı.", L"Sürüm bilgisi yazıldı.",         L"Skin paketi gömüldü",
+        L"Doğrulama tamam.",   L"İmzalanıyor (zaman damgalı)...", L"İmza eklendi."};
+    for (const wchar_t* step : steps) {
+        test::writeFile(out, previous);
+        std::atomic<bool> cancel = false;
+        struct Watch {
+            const wchar_t* step;
+            std::atomic<bool>* cancel;
+        } watch{step, &cancel};
+        BuildRequest request = test::requestFor(kForeign, out);
+        request.signing = {true, pfx, L"", L"http://ts.example",
+                           test::buildFixture(L"fake-sdk\\signtool.exe")};
+        request.cancel = &cancel;
+        const BuildResult result = writePatcherExecutable(
+            request,
+            [](void* context, const std::wstring& line) {
+                auto* w = static_cast<Watch*>(context);
+                if (line.starts_with(w->step)) *w->cancel = true;
+            },
+            &watch);
+        EXPECT_TRUE(cancel) << wideToUtf8(step) << " never logged";
+        EXPECT_TRUE(!result.ok && result.cancelled) << wideToUtf8(step);
+        EXPECT_EQ(result.message, kBuildCancelledMessage);
+        EXPECT_EQ(test::readFile(out), previous) << wideToUtf8(step);
+        EXPECT_FALSE(fileExists(out + L".building")) << wideToUtf8(step);
+    }
+}
+
+// The copy of a build that is still running (on another thread here: a claim belongs to its thread) is left
+// byte for byte by a second build to the same output, spelt otherwise, which refuses; that build then finishes
+// as if nothing happened. A copy whose build is gone is a leftover and goes.
+TEST(BuildJob, AnotherBuildsCopyIsLeftAlone) {
+    test::TempDir dir;
+    const std::wstring out = dir.file(L"Kaldra.exe"), copy = out + L".building";
+    const std::wstring otherSpelling = pathJoin(pathJoin(dir.path(), L"."), L"KALDRA.exe");
+    const Bytes previous = test::noiseBytes(2000, 5), theirs = test::noiseBytes(700, 6);
+    for (bool running : {true, false}) {
+        test::writeFile(out, previous);
+        BuildResult result;
+        if (running) {
+            std::atomic<int> stage = 0;
+            std::thread other([&] {
+                BuildingFile building(out);
+                DWORD error = 0;
+                const bool started = building.create(error) == BuildingFile::Start::Created &&
+                                     building.write(theirs.data(), theirs.size(), error);
+                stage = started ? 1 : 3;
+                while (stage == 1)
+                    Sleep(1);
+                EXPECT_TRUE(building.moveOver(out, error)) << error;
+            });
+            while (stage == 0)
+                Sleep(1);
+            ASSERT_EQ(stage, 1);
+            result = writePatcherExecutable(test::requestFor(kForeign, otherSpelling), nullptr, nullptr);
+            EXPECT_EQ(test::readFile(copy), theirs);
+            EXPECT_EQ(test::readFile(out), previous);
+            stage = 2;
+            other.join();
+            EXPECT_FALSE(result.ok);
+            EXPECT_EQ(result.message, L"Bu çıktıyı şu anda başka bir oluşturma yazıyor: " + otherSpelling);
+            EXPECT_EQ(test::readFile(out), theirs);
+        } else {
+            test::writeFile(copy, theirs);
+            result = writePatcherExecutable(test::requestFor(kForeign, out), nullptr, nullptr);
+            ASSERT_TRUE(result.ok) << wideToUtf8(result.message);
+            const Bytes built = test::readFile(out);
+            EXPECT_EQ(result.crc32, Crc32::of(built.data(), built.size()));
+        }
+        EXPECT_FALSE(fileExists(copy));
+    }
+}
+
+// Some resource writers fail without setting an error code (Wine's, on a file that this process still has
+// loaded, ends the update so); the failure must still name a cause, never "success".
+TEST(BuildJob, ResourceWriterFailureCarriesACode) {
+    test::TempDir dir;
+    const std::wstring file = dir.file(L"loaded.exe");
+    ASSERT_TRUE(CopyFileW(kForeign.c_str(), file.c_str(), FALSE));
+    win::ScopedModule loaded(LoadLibraryExW(file.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE));
+    ASSERT_TRUE(loaded.get());
+    ResourceRewrite rewrite;
+    SetLastError(0);
+    const uint8_t data[4] = {1, 2, 3, 4};
+    const bool done = rewrite.begin(file) &&
+                      rewrite.write(ResourceId::number(kResourceRcdata), ResourceId::number(7), 0, data, 4) &&
+                      rewrite.end();
+    EXPECT_TRUE(done || rewrite.error() != 0);
 }
 
 // Signed templates lose their stale signature; what follows the sections and is no certificate comes through
