@@ -4,6 +4,7 @@
 #include "packager/build_start.h"
 #include "packager/icon.h"
 #include "packager/signing.h"
+#include "packager/version_resource.h"
 #include "cli/nvbuild.h"
 #include "cli/skin_edits.h"
 #include "cli/session_recipe.h"
@@ -14,7 +15,6 @@
 #include "core/paths.h"
 #include "core/text.h"
 
-#include <array>
 #include <cstdio>
 #include <cstdlib>
 
@@ -49,10 +49,26 @@ void overrideText(const Invocation& invocation, std::wstring_view option, std::w
     if (const std::wstring* value = invocation.value(option)) target = *value;
 }
 
+// The validation's warnings as one block that stands out among the progress lines: a build with them may ship
+// a patcher without its start button.
+void printWarnings(Console& console, const std::vector<std::wstring>& warnings) {
+    if (warnings.empty()) return;
+    console.errLine(L"UYARI: skin doğrulaması " + std::to_wstring(warnings.size()) + L" uyarı verdi:");
+    for (const std::wstring& warning : warnings)
+        console.errLine(L"  ! " + warning);
+}
+
 int commandBuild(const Invocation& invocation, Console& console) {
     SkinEdits edits;
     std::wstring error;
     if (!readSkinEdits(invocation, edits, error)) return invocation.usageError(console, error);
+    // The window reads whatever the field holds as well as it can; a script's value is taken at its word or
+    // not at all, so that "v2.1" never ships as 1.0.0.0.
+    if (const std::wstring* version = invocation.value(L"--version"); version && !isVersionText(*version))
+        return invocation.usageError(
+            console, L"--version bir ile dört arası, noktayla ayrılmış 0..65535 sayısı olmalı "
+                     L"(1.2.3.4): " +
+                         *version);
     const std::wstring* sessionFile = invocation.value(L"--session");
     if (!sessionFile && !invocation.has(L"--out"))
         return invocation.usageError(console, L"Eksik seçenek: --out");
@@ -110,6 +126,8 @@ int commandBuild(const Invocation& invocation, Console& console) {
     }
 
     if (!sessionFile && !loadSkinInput(source, workspace, message, note)) return failed(console, message);
+    if (!checkOutputSparesSource(source.empty() ? workspace.sourceLabel : source, inputs.outputPath, message))
+        return failed(console, message);
     if (!note.empty()) console.errLine(L"Not: " + note);
     if (!applySkinEdits(edits, workspace, error)) return failed(console, error);
     for (const std::wstring& line : editsWithoutPlace(edits, workspace))
@@ -117,8 +135,17 @@ int commandBuild(const Invocation& invocation, Console& console) {
 
     if (!checkBuildStart(inputs, message)) return failed(console, message);
     console.outLine(L"Oluşturma başladı → " + inputs.outputPath);
-    const BuildResult result = runBuild(workspace, inputs, printLine, &console);
-    if (!result.ok) return failed(console, L"Oluşturulamadı: " + result.message);
+    BuildResult result;
+    {
+        StopRequests stops;
+        result = runBuild(workspace, inputs, printLine, &console,
+                          {.strict = invocation.has(L"--strict"), .cancel = &stops.requested()});
+    }
+    printWarnings(console, result.warnings);
+    if (!result.ok) {
+        failed(console, L"Oluşturulamadı: " + result.message);
+        return result.cancelled ? kExitCancelled : kExitFailed;
+    }
 
     console.outLine(L"Tamamlandı → " + inputs.outputPath);
     wchar_t crc[16];
@@ -134,19 +161,10 @@ constexpr OptionSpec kBuildOwnOptions[] = {
     {L"--product", L"TEXT"},  {L"--company", L"TEXT"},          {L"--description", L"TEXT"},
     {L"--version", L"TEXT"},  {L"--copyright", L"TEXT"},        {L"--original-name", L"TEXT"},
     {L"--sign-pfx", L"FILE"}, {L"--sign-password-env", L"VAR"}, {L"--sign-ts", L"URL"},
-    {L"--signtool", L"PATH"}, {L"--session", L"FILE"},
+    {L"--signtool", L"PATH"}, {L"--session", L"FILE"},          {L"--strict", L""},
 };
 
-template <size_t A, size_t B>
-constexpr std::array<OptionSpec, A + B> joined(const OptionSpec (&a)[A], const OptionSpec (&b)[B]) {
-    std::array<OptionSpec, A + B> out{};
-    for (size_t i = 0; i < A; ++i)
-        out[i] = a[i];
-    for (size_t i = 0; i < B; ++i)
-        out[A + i] = b[i];
-    return out;
-}
-constexpr auto kBuildOptions = joined(kBuildOwnOptions, kSkinEditOptions);
+constexpr auto kBuildOptions = withSkinEditOptions(kBuildOwnOptions);
 
 const std::wstring kBuildHelp =
     std::wstring(
@@ -166,7 +184,8 @@ const std::wstring kBuildHelp =
         L"  --product TEXT        ürün adı; verilmezse patcher başlığı\n"
         L"  --company TEXT        şirket; verilmezse ürün adı\n"
         L"  --description TEXT    dosya açıklaması; verilmezse ürün adı\n"
-        L"  --version TEXT        sürüm, en çok dört sayı (1.2.3.4); verilmezse 1.0.0.0\n"
+        L"  --version TEXT        sürüm: noktayla ayrılmış bir ile dört arası 0..65535 sayısı (1.2.3.4; 2.1\n"
+        L"                        2.1.0.0 olur); başka biçim komut satırı hatasıdır. Verilmezse 1.0.0.0\n"
         L"  --copyright TEXT      telif hakkı; verilmezse \"(C) \" ve ürün adı\n"
         L"  --original-name TEXT  özgün dosya adı; verilmezse --out'un dosya adı\n"
         L"\n"
@@ -188,10 +207,21 @@ const std::wstring kBuildHelp =
         L"\n") +
     std::wstring(kSkinEditsHelp) +
     L"\n"
+    L"Denetim:\n"
+    L"  --strict              skin doğrulamasının her uyarısı (eksik buton ya da gauge görseli, okunamayan\n"
+    L"                        dil dosyası) oluşturmayı bir şey yazılmadan başarısız kılar (çıkış 1). "
+    L"Verilmezse\n"
+    L"                        uyarılar \"UYARI:\" başlıklı bir blok olarak standart hataya yazılır ve "
+    L"patcher\n"
+    L"                        oluşturulur\n"
+    L"\n"
     L"Adımlar standart çıktıya yazılır, ardından \"Tamamlandı → \" ve yol, CRC32 ve boyut satırı (imzalıysa\n"
-    L"\"Dijital imza eklendi.\"). Başarısızlıkta \"Oluşturulamadı: \" ve neden standart hataya yazılır, "
-    L"çıkış 1;\n"
-    L"önceki exe olduğu gibi kalır.\n";
+    L"\"Dijital imza eklendi.\"); CRC32, oluşturmanın yerine koyduğu dosyanınkidir. Başarısızlıkta\n"
+    L"\"Oluşturulamadı: \" ve neden standart hataya yazılır, çıkış 1; önceki exe olduğu gibi kalır. Aynı "
+    L"çıktıya\n"
+    L"başka bir oluşturma yazarken başlayan oluşturma onun dosyalarına dokunmadan başarısız olur.\n"
+    L"Ctrl-C, Ctrl-Break ya da konsol penceresinin kapanması oluşturmayı durdurur: geçici dosya silinir,\n"
+    L"önceki exe olduğu gibi kalır, çıkış 3 (\"Oluşturulamadı: İptal edildi.\").\n";
 
 } // namespace
 

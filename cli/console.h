@@ -1,6 +1,7 @@
 #pragma once
 // Output of the console tool. To a console the text goes out as wide text; to a file or a pipe as UTF-8.
 
+#include <atomic>
 #include <string>
 #include <string_view>
 
@@ -24,5 +25,20 @@ public:
 
 // The process's standard output and error.
 Console& processConsole();
+
+// While one is alive, Ctrl-C, Ctrl-Break and a closed console window (on POSIX: SIGINT, SIGTERM, SIGHUP) ask
+// the running command to stop instead of ending the process on the spot, which would leave a build's
+// temporary copy behind. The command looks at requested() between its steps; when the window is closed, the
+// system ends the process soon after asking, so the ask waits (a few seconds at most) for this object to go,
+// the command's cleanup done. One at a time.
+class StopRequests {
+public:
+    StopRequests();
+    ~StopRequests();
+    StopRequests(const StopRequests&) = delete;
+    StopRequests& operator=(const StopRequests&) = delete;
+
+    const std::atomic<bool>& requested() const;
+};
 
 } // namespace nv

@@ -2,7 +2,10 @@
 
 #include "core/text.h"
 
+#include <signal.h>
+
 #include <cstdio>
+#include <iterator>
 
 namespace nv {
 namespace {
@@ -25,6 +28,37 @@ private:
 Console& processConsole() {
     static PosixConsole console;
     return console;
+}
+
+namespace {
+
+std::atomic<bool> stopRequested = false;
+static_assert(std::atomic<bool>::is_always_lock_free);
+constexpr int kStopSignals[] = {SIGINT, SIGTERM, SIGHUP};
+struct sigaction previous[std::size(kStopSignals)];
+
+void onStopSignal(int) {
+    stopRequested = true; // lock-free, so safe in a signal handler
+}
+
+} // namespace
+
+StopRequests::StopRequests() {
+    stopRequested = false;
+    struct sigaction action {};
+    action.sa_handler = onStopSignal;
+    sigemptyset(&action.sa_mask);
+    for (size_t i = 0; i < std::size(kStopSignals); ++i)
+        sigaction(kStopSignals[i], &action, &previous[i]);
+}
+
+StopRequests::~StopRequests() {
+    for (size_t i = 0; i < std::size(kStopSignals); ++i)
+        sigaction(kStopSignals[i], &previous[i], nullptr);
+}
+
+const std::atomic<bool>& StopRequests::requested() const {
+    return stopRequested;
 }
 
 } // namespace nv

@@ -48,4 +48,46 @@ Console& processConsole() {
     return console;
 }
 
+namespace {
+
+std::atomic<bool> stopRequested = false;
+HANDLE stopsDone = nullptr; // set once the command's cleanup is done
+
+// Runs on a thread of its own that the system starts for each event.
+BOOL WINAPI onConsoleEvent(DWORD event) {
+    switch (event) {
+    case CTRL_C_EVENT:
+    case CTRL_BREAK_EVENT:
+        stopRequested = true;
+        return TRUE;
+    case CTRL_CLOSE_EVENT:
+    case CTRL_LOGOFF_EVENT:
+    case CTRL_SHUTDOWN_EVENT:
+        // The process ends when this returns (the system allows about five seconds in all).
+        stopRequested = true;
+        WaitForSingleObject(stopsDone, 4500);
+        return TRUE;
+    default:
+        return FALSE;
+    }
+}
+
+} // namespace
+
+StopRequests::StopRequests() {
+    stopRequested = false;
+    stopsDone = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    SetConsoleCtrlHandler(onConsoleEvent, TRUE);
+}
+
+StopRequests::~StopRequests() {
+    SetConsoleCtrlHandler(onConsoleEvent, FALSE);
+    // A close that came meanwhile is waiting for this; the event stays, the process is about to end anyway.
+    if (stopsDone) SetEvent(stopsDone);
+}
+
+const std::atomic<bool>& StopRequests::requested() const {
+    return stopRequested;
+}
+
 } // namespace nv

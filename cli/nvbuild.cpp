@@ -47,7 +47,7 @@ void printOverview(Console& console) {
     console.outLine(L"");
     console.outLine(L"Bir komutun ayrıntıları: nvbuild help COMMAND  (ya da nvbuild COMMAND --help)");
     console.outLine(L"Çıkış kodları: 0 başarılı, 1 işlem başarısız (nedeni standart hatada), 2 komut satırı "
-                    L"hatalı.");
+                    L"hatalı, 3 oluşturma Ctrl-C ile durduruldu.");
     console.outLine(
         L"SOURCE olarak verilen skin: klasör ya da .zip (oluşturucunun yüklediği gibi), skin paketi "
         L"ya da (Windows'ta) skin taşıyan bir patcher .exe.");

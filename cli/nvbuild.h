@@ -2,7 +2,8 @@
 // nvbuild: every job of the builder, headless, for operators and CI.
 //
 // How nvbuild talks (every command keeps to this, so that scripts can rely on it):
-// - Exit codes: 0 success, 1 the operation failed, 2 the command line is wrong.
+// - Exit codes: 0 success, 1 the operation failed, 2 the command line is wrong, 3 a build stopped by Ctrl-C,
+//   Ctrl-Break or a closed console (after cleaning up).
 // - What a command produces goes to standard output; every failure reason goes to standard error, always,
 //   each message alone on its line (also when the command prints a JSON report on standard output).
 // - A wrong command line says first what is wrong, in one of the fixed forms that the parser writes
@@ -41,6 +42,7 @@ namespace nv {
 constexpr int kExitOk = 0;
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
+constexpr int kExitCancelled = 3;
 
 struct OptionSpec {
     std::wstring_view name;  // "--json"

@@ -80,6 +80,6 @@ BuildResult runBuild(const SkinWorkspace& workspace, const BuildInputs& inputs, 
                      const BuildRunOptions& options = {});
 
 // The failure of a build that was asked to stop.
-inline constexpr const wchar_t* kBuildCancelledMessage = L"Oluşturma iptal edildi.";
+inline constexpr const wchar_t* kBuildCancelledMessage = L"İptal edildi.";
 
 } // namespace nv

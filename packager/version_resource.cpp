@@ -101,6 +101,24 @@ std::array<uint16_t, 4> versionNumbers(const std::wstring& versionText) {
     return parts;
 }
 
+bool isVersionText(std::wstring_view text) {
+    size_t numbers = 0;
+    for (size_t at = 0;; ++at) {
+        const size_t end = std::min(text.find(L'.', at), text.size());
+        const std::wstring_view number = text.substr(at, end - at);
+        // Up to five digits, so the value fits before it is compared (leading zeros are harmless).
+        if (number.empty() || number.size() > 5 ||
+            !std::all_of(number.begin(), number.end(), [](wchar_t c) { return c >= L'0' && c <= L'9'; }))
+            return false;
+        uint32_t value = 0;
+        for (wchar_t c : number)
+            value = value * 10 + uint32_t(c - L'0');
+        if (value > 65535 || ++numbers > 4) return false;
+        if (end == text.size()) return true;
+        at = end;
+    }
+}
+
 std::vector<std::pair<std::wstring, std::wstring>> versionStrings(const VersionInfoFields& f) {
     const auto p = versionNumbers(f.versionText);
     const std::wstring version = std::to_wstring(p[0]) + L"." + std::to_wstring(p[1]) + L"." +

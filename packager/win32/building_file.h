@@ -1,6 +1,6 @@
 #pragma once
-// The build's copy of the template, output + ".building", from its creation until it replaces the output or is
-// removed.
+// The build's copy of the template, output + ".building", from its creation until it replaces the output or
+// is removed.
 //
 // Two builds may aim at the same output (two terminals, a CI job started twice, the window and nvbuild). The
 // copy's name is fixed, so each must tell the other's copy from the leftover of a build that died. A build

@@ -47,6 +47,26 @@ check "a link for a button the skin lacks" [ "$(first_err build "$S" --out "$O" 
     --link NOPE=https://x.example/)" = "1 Skin'de bu kimlikte buton yok: NOPE" ]
 check "... and none of them wrote anything" [ -z "$(ls -A "$work/out-dir")" ]
 
+# --- the skin's warnings: a block on stderr, and with --strict a failure before anything is written ---------------
+mkdir -p "$work/no-start"
+cp "$sample"/* "$work/no-start/"
+rm "$work/no-start"/btn_start_*.png
+NS=$(winpath "$work/no-start")
+printf '%s\n' "UYARI: skin doğrulaması 1 uyarı verdi:" "  ! Buton görseli yok: btn_start_up" >"$work/block"
+nv build "$NS" --out "$O" --template "$T" --strict >"$work/out" 2>"$work/err"
+check "--strict fails a skin with a warning (exit 1)" [ $? -eq 1 ]
+{ cat "$work/block"; echo "Oluşturulamadı: Skin doğrulaması 1 uyarı verdi; katı denetimde uyarılı skinden patcher \
+oluşturulmaz."; } >"$work/expected"
+check "... printing the warnings as a block, then the reason" diff <(tr -d '\r' <"$work/err") "$work/expected"
+check "... having written nothing" [ -z "$(ls -A "$work/out-dir")" ]
+nv build "$NS" --out "$O" --template "$T" >"$work/out" 2>"$work/err"
+status=$?
+check "without --strict the same block is printed" diff <(tr -d '\r' <"$work/err" | head -n 2) "$work/block"
+if [ -n "$runner" ]; then
+    check "... and the patcher built" [ $status -eq 0 -a -s "$work/out-dir/Kaldra.exe" ]
+    rm -f "$work/out-dir/Kaldra.exe"
+fi
+
 if [ -z "$runner" ]; then
     check "natively the build stops before the executable" [ "$(first_err build "$S" --out "$O" --template "$T")" = \
         "1 Oluşturulamadı: Patcher exe'si yalnızca Windows'ta yazılabilir." ]
@@ -113,5 +133,50 @@ check "... with the signer's message" grep -qx "Oluşturulamadı: İmzalama baş
     <(tr -d '\r' <"$work/err")
 check "... and the previous patcher as it was" cmp -s "$work/previous.exe" "$work/out-dir/Kaldra.exe"
 check "... and no temporary file" [ ! -e "$work/out-dir/Kaldra.exe.building" ]
+
+# --- a patcher rebuilt over itself would lose its icon and version texts -----------------------------------------
+cp "$work/out-dir/Kaldra.exe" "$work/previous.exe"
+check "a patcher as the source of its own output is refused" [ "$(first_err build "$O" --out "$O" --template "$T")" = \
+    "1 Çıktı kaynağın üzerine yazılamaz: $O" ]
+check "... and stays as it was" cmp -s "$work/previous.exe" "$work/out-dir/Kaldra.exe"
+
+# --- Ctrl-C and a second build while one runs (both meet the build while a slow signer holds it) ------------------
+# started BUILD-ARGS...: runs nvbuild build in the background ($pid; its output in $work/bg.out/.err) and returns
+# once the stand-in signer has been reached, or fails after 60 s.
+unset NV_FAKE_SIGNTOOL_EXIT NV_FAKE_SIGNTOOL_TS_EXIT NV_FAKE_SIGNTOOL_SAY
+started() {
+    rm -f "$work/signtool.log"
+    set -m # a background job of a script would ignore SIGINT otherwise
+    NV_E2E_PASSWORD=x NV_FAKE_SIGNTOOL_SLEEP_MS=4000 $runner "$nvbuild" build "$@" >"$work/bg.out" 2>"$work/bg.err" &
+    pid=$!
+    set +m
+    for _ in $(seq 1 600); do [ -s "$work/signtool.log" ] && return 0; sleep 0.1; done
+    kill "$pid"
+    return 1
+}
+# finished: the background build's exit code, waiting at most 60 s.
+finished() {
+    for _ in $(seq 1 600); do kill -0 "$pid" 2>/dev/null || break; sleep 0.1; done
+    wait "$pid"
+}
+check "a build with a slow signer starts" started "$S" --out "$O" --template "$T" "${sign[@]}"
+kill -INT "$pid"
+finished
+check "Ctrl-C stops it with exit 3" [ $? -eq 3 ]
+check "... saying so last" [ "$(tail -n 1 "$work/bg.err" | tr -d '\r')" = "Oluşturulamadı: İptal edildi." ]
+check "... leaving no temporary file" [ ! -e "$work/out-dir/Kaldra.exe.building" ]
+check "... and the previous patcher as it was" cmp -s "$work/previous.exe" "$work/out-dir/Kaldra.exe"
+
+check "a build with a slow signer starts again" started "$S" --out "$O" --template "$T" "${sign[@]}" --title Birinci
+cp "$work/out-dir/Kaldra.exe.building" "$work/first.building"
+nv build "$S" --out "$(winpath "$work/out-dir/KALDRA.EXE")" --template "$T" >"$work/out" 2>"$work/err"
+check "a second build to the same output, spelt otherwise, refuses (exit 1)" [ $? -eq 1 ]
+check "... saying why" grep -qxF "Oluşturulamadı: Bu çıktıyı şu anda başka bir oluşturma yazıyor: $(winpath "$work/out-dir/KALDRA.EXE")" \
+    <(tr -d '\r' <"$work/err")
+check "... leaving the first build's copy as it was" cmp -s "$work/first.building" "$work/out-dir/Kaldra.exe.building"
+finished
+check "the first build then finishes (exit 0)" [ $? -eq 0 ]
+crc=$(python3 -c 'import sys, zlib; print("%08X" % zlib.crc32(open(sys.argv[1], "rb").read()))' "$work/out-dir/Kaldra.exe")
+check "... and the CRC it prints is the output's" grep -q "^CRC32: $crc " "$work/bg.out"
 
 finish

@@ -56,6 +56,11 @@ case_ 2 err "Değer eksik: --sign-password-env" build "$S" --out x.exe --sign-pa
 case_ 2 err "Bilinmeyen seçenek: --sign-password" build "$S" --out x.exe --sign-password gizli
 case_ 2 err "--conn 1 ile 8 arasında bir tam sayı olmalı: 0" build "$S" --out x.exe --conn 0
 case_ 2 err "Değer eksik: --session" build --session
+for version in v2.1 1.2.3.4.5 70000.1 1..2 ""; do
+    case_ 2 err "--version bir ile dört arası, noktayla ayrılmış 0..65535 sayısı olmalı (1.2.3.4): $version" \
+        build "$S" --out x.exe --version "$version"
+done
+case_ 2 err "--conn 1 ile 8 arasında bir tam sayı olmalı: 9" render "$S" "$O" --conn 9
 check "... and nothing was written by any of them" [ ! -e "$work/o.nvsk" ]
 nv pack onlyone >/dev/null 2>"$work/err"
 check "a usage error shows the command's short usage after the message" \

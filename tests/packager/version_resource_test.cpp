@@ -1,5 +1,7 @@
 #include "packager/version_resource.h"
 
+#include "core/text.h"
+
 #include <gtest/gtest.h>
 
 namespace nv {
@@ -50,6 +52,15 @@ TEST(VersionResource, NumbersFromTheVersionText) {
     };
     for (const auto& [text, parts] : cases)
         EXPECT_EQ(versionNumbers(text), parts);
+}
+
+// The command line's reading: only texts that the version block keeps as written pass.
+TEST(VersionResource, StrictVersionText) {
+    for (const wchar_t* good : {L"2", L"1.2.3.4", L"0.0.0.0", L"65535.65535", L"007.1"})
+        EXPECT_TRUE(isVersionText(good)) << wideToUtf8(good);
+    for (const wchar_t* bad : {L"", L"v2.1", L"1.2.3.4.5", L"70000.1", L"65536", L"1..2", L"1.", L".1",
+                               L"1.2-beta", L" 1.2", L"1,2", L"٣"})
+        EXPECT_FALSE(isVersionText(bad)) << wideToUtf8(bad);
 }
 
 TEST(VersionResource, EmptyFieldsFallBackToDerivedValues) {

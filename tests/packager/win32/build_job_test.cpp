@@ -204,8 +204,8 @@ TEST(BuildJob, CancelAtEachStepLeavesNothing) {
 }
 
 // The copy of a build that is still running (on another thread here: a claim belongs to its thread) is left
-// byte for byte by a second build to the same output, spelt otherwise, which refuses; that build then finishes
-// as if nothing happened. A copy whose build is gone is a leftover and goes.
+// byte for byte by a second build to the same output, spelt otherwise, which refuses; that build then
+// finishes as if nothing happened. A copy whose build is gone is a leftover and goes.
 TEST(BuildJob, AnotherBuildsCopyIsLeftAlone) {
     test::TempDir dir;
     const std::wstring out = dir.file(L"Kaldra.exe"), copy = out + L".building";
