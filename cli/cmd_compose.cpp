@@ -19,7 +19,7 @@ int commandCompose(const Invocation& invocation, Console& console) {
     SkinWorkspace workspace;
     std::wstring message, note;
     if (!loadSkinInput(source, workspace, message, note)) return failed(console, message);
-    if (outputReplacesSource(source, out, message)) return failed(console, message);
+    if (!checkPackageOutput(source, out, message)) return failed(console, message);
     if (!note.empty()) console.errLine(L"Not: " + note);
     if (!applySkinEdits(edits, workspace, error)) return failed(console, error);
     for (const std::wstring& line : editsWithoutPlace(edits, workspace))
@@ -40,11 +40,13 @@ constexpr std::wstring_view kComposeArguments[] = {L"SOURCE", L"OUT"};
 
 // The help shares the edit options' lines with the build command's.
 const std::wstring kComposeHelp =
-    std::wstring(
-        L"Argümanlar:\n"
-        L"  SOURCE  skin: klasör, .zip, skin paketi ya da (Windows'ta) skin taşıyan patcher .exe\n"
-        L"  OUT     yazılacak skin paketi (.nvsk); yalnızca skin doğrulanırsa yazılır, varsa yerine geçer\n"
-        L"\n") +
+    std::wstring(L"Argümanlar:\n"
+                 L"  SOURCE  skin: klasör, .zip, skin paketi ya da (Windows'ta) skin taşıyan patcher .exe\n"
+                 L"  OUT     yazılacak skin paketi (.nvsk); yalnızca skin doğrulanırsa yazılır. Varsa "
+                 L"yalnızca bir skin\n"
+                 L"          paketinin (ya da boş bir dosyanın) yerine geçer: .zip, exe ya da görselin "
+                 L"üzerine yazılmaz\n"
+                 L"\n") +
     std::wstring(kSkinEditsHelp) +
     L"\n"
     L"norvane.ini her zaman bu değerlerle baştan yazılır; skin.xml, adres ve dil dosyalarında yalnızca\n"

@@ -51,7 +51,7 @@ int commandPack(const Invocation& invocation, Console& console) {
     if (!requireExisting(source, message)) return failed(console, message);
     if (!folderExists(source) && !endsWithIgnoreCase(std::wstring_view(source), std::wstring_view(L".zip")))
         return failed(console, L"Klasör ya da .zip değil: " + source);
-    if (outputReplacesSource(source, out, message)) return failed(console, message);
+    if (!checkPackageOutput(source, out, message)) return failed(console, message);
     // Loaded as the builder loads a source, so a set without skin.xml (which no patcher could show) is
     // refused as the builder refuses it.
     SkinWorkspace workspace;
@@ -108,7 +108,9 @@ const Command kPackCommand{
     L"pack SOURCE OUT",
     L"Argümanlar:\n"
     L"  SOURCE  skin klasörü (yalnızca doğrudan içindeki dosyalar okunur) ya da .zip arşivi\n"
-    L"  OUT     yazılacak paket dosyası (örneğin skin.nvsk); yalnızca başarıda yazılır, varsa yerine geçer\n"
+    L"  OUT     yazılacak paket dosyası (örneğin skin.nvsk); yalnızca başarıda yazılır. Varsa yalnızca bir "
+    L"skin\n"
+    L"          paketinin (ya da boş bir dosyanın) yerine geçer: .zip, exe ya da görselin üzerine yazılmaz\n"
     L"\n"
     L"Yalnızca skin dosyaları alınır (.png .jpg .jpeg .bmp .gif .ico .xml .ini .txt); adlar küçük harfe\n"
     L"çevrilir, klasör yapısı düzleşir. Sınırlar: dosya başına 32 MB, toplamda 64 MB, en çok 4096 dosya.\n"

@@ -6,6 +6,8 @@
 #include "core/text.h"
 #include "skin/package.h"
 
+#include <cstring>
+
 namespace nv {
 namespace {
 
@@ -18,12 +20,22 @@ bool isZipName(const std::wstring& path) {
 
 } // namespace
 
-bool outputReplacesSource(const std::wstring& source, const std::wstring& out, std::wstring& message) {
+bool checkOutputSparesSource(const std::wstring& source, const std::wstring& out, std::wstring& message) {
     const bool replaces =
         sameFile(out, source) || (folderExists(source) && sameFile(pathParent(out), source) &&
                                   fileExists(out) && !skinFileName(out).empty());
     if (replaces) message = L"Çıktı kaynağın üzerine yazılamaz: " + out;
-    return replaces;
+    return !replaces;
+}
+
+bool checkPackageOutput(const std::wstring& source, const std::wstring& out, std::wstring& message) {
+    if (!checkOutputSparesSource(source, out, message)) return false;
+    if (!fileExists(out) && !folderExists(out)) return true;
+    Bytes head;
+    const bool package = readFileHead(out, 4, head) &&
+                         (head.empty() || (head.size() == 4 && std::memcmp(head.data(), "NVSK", 4) == 0));
+    if (!package) message = L"Çıktı bir skin paketi değil, üzerine yazılmadı: " + out;
+    return package;
 }
 
 bool readPackageFile(const std::wstring& path, SkinFileSet& files, std::wstring& message) {

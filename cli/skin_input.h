@@ -14,9 +14,16 @@ namespace nv {
 bool loadSkinInput(const std::wstring& path, SkinWorkspace& workspace, std::wstring& message,
                    std::wstring& note);
 
-// True when writing out would replace the source itself, or one of the files a folder source is read from:
-// "Çıktı kaynağın üzerine yazılamaz: " + out, before anything is written.
-bool outputReplacesSource(const std::wstring& source, const std::wstring& out, std::wstring& message);
+// Whether writing out spares the source: false with "Çıktı kaynağın üzerine yazılamaz: " + out when it would
+// replace the source itself, or one of the files a folder source is read from. Checked before anything is
+// written.
+bool checkOutputSparesSource(const std::wstring& source, const std::wstring& out, std::wstring& message);
+
+// For a command that writes a skin package: the output spares the source, and what is already there is a
+// skin package (or an empty file) and nothing else. Two paths swapped by mistake ("compose skin.nvsk
+// skin.zip") would otherwise replace the operator's archive, often their only copy of the skin: false with
+// "Çıktı bir skin paketi değil, üzerine yazılmadı: " + out.
+bool checkPackageOutput(const std::wstring& source, const std::wstring& out, std::wstring& message);
 
 // A skin package file (.nvsk), read whole; the same "Bulunamadı: " check first.
 bool readPackageFile(const std::wstring& path, SkinFileSet& files, std::wstring& message);

@@ -15,6 +15,10 @@ using Bytes = std::vector<uint8_t>;
 // On failure the output is empty.
 bool readFileBytes(const std::wstring& path, Bytes& out, uint64_t maxSize);
 
+// The first bytes of a file, at most count of them (fewer when the file is shorter). False when it cannot be
+// opened or read, or is no regular file.
+bool readFileHead(const std::wstring& path, size_t count, Bytes& out);
+
 // Writes path + ".nvtmp", then moves it over path (clearing a read-only attribute of the old file first).
 // On failure the old file is untouched and no temporary file remains.
 bool writeFileAtomic(const std::wstring& path, const void* data, size_t size);

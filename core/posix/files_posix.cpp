@@ -78,6 +78,24 @@ bool readFileBytes(const std::wstring& path, Bytes& out, uint64_t maxSize) {
     return true;
 }
 
+bool readFileHead(const std::wstring& path, size_t count, Bytes& out) {
+    out.clear();
+    ScopedFd fd(::open(native(path).c_str(), O_RDONLY | O_CLOEXEC));
+    uint64_t size = 0;
+    if (!fd.valid() || !isRegularFile(fd.get(), size)) return false;
+    out.resize(size_t(std::min<uint64_t>(size, std::min(count, kPiece))));
+    ssize_t got = 0;
+    do
+        got = out.empty() ? 0 : ::read(fd.get(), out.data(), out.size());
+    while (got < 0 && errno == EINTR);
+    if (got < 0) {
+        out.clear();
+        return false;
+    }
+    out.resize(size_t(got));
+    return true;
+}
+
 namespace {
 
 // Removes the temporary file of a failed write, keeping errno of the step that failed for the caller.

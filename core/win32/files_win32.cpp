@@ -44,6 +44,23 @@ bool readFileBytes(const std::wstring& path, Bytes& out, uint64_t maxSize) {
     return true;
 }
 
+bool readFileHead(const std::wstring& path, size_t count, Bytes& out) {
+    out.clear();
+    win::ScopedHandle file(CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                       nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    LARGE_INTEGER size;
+    if (!file.valid() || GetFileType(file.get()) != FILE_TYPE_DISK || !GetFileSizeEx(file.get(), &size))
+        return false;
+    out.resize(size_t(std::min<uint64_t>(uint64_t(size.QuadPart), std::min<size_t>(count, kPiece))));
+    DWORD got = 0;
+    if (!out.empty() && (!ReadFile(file.get(), out.data(), DWORD(out.size()), &got, nullptr) || got == 0)) {
+        out.clear();
+        return false;
+    }
+    out.resize(got);
+    return true;
+}
+
 namespace {
 
 // Removes the temporary file of a failed write, keeping the error of the step that failed for the caller:

@@ -57,6 +57,7 @@ cp "$src/Skin.XML" "$src/Main.PNG" "$src/empty.txt" "$src/readme.md" "$src/Thumb
 printf 'fork' >"$zipped/__MACOSX/Skin Kaynak/._Skin.XML"
 printf 'fork' >"$zipped/__MACOSX/Skin Kaynak/Main.PNG"
 (cd "$zipped" && zip -r -q -X "$work/Skin.ZIP" "Skin Kaynak" __MACOSX)
+cp "$work/Skin.ZIP" "$work/zip-copy"
 nv pack "$(winpath "$work/Skin.ZIP")" "$(winpath "$work/zip.nvsk")" >"$work/out" 2>"$work/err"
 check "pack from a zip exits 0" [ $? -eq 0 ]
 check "... and notes nothing" [ ! -s "$work/err" ]
@@ -71,6 +72,28 @@ nv pack "$(winpath "$work/cut.zip")" "$(winpath "$work/cut.nvsk")" >"$work/out" 
 check "a cut zip exits 1" [ $? -eq 1 ]
 check "... with the zip reader's message" grep -qx "Gecersiz zip dosyasi (dizin sonu yok)." "$work/err"
 check "... and writes nothing" [ ! -e "$work/cut.nvsk" ]
+
+# pack and compose write only packages: an output that is already something else (the two paths swapped, an
+# archive, a program, a picture) is refused and stays byte for byte; a package or an empty file is replaced.
+printf 'MZ\x90\x00' >"$work/prog.exe"
+cp "$src/Main.PNG" "$work/pic.png"
+: >"$work/empty.nvsk"
+cp "$work/zip.nvsk" "$work/old.nvsk"
+for target in Skin.ZIP prog.exe pic.png empty.nvsk old.nvsk; do
+    cp "$work/$target" "$work/before"
+    nv pack "$(winpath "$src")" "$(winpath "$work/$target")" >"$work/out" 2>"$work/err"
+    status=$?
+    case $target in
+    *.nvsk) check "pack replaces $target" sh -c "[ $status -eq 0 ] && cmp -s '$work/$target' '$work/skin.nvsk'" ;;
+    *) check "pack refuses to replace $target (exit 1), which stays as it was" sh -c "[ $status -eq 1 ] &&
+           grep -qxF 'Çıktı bir skin paketi değil, üzerine yazılmadı: $(winpath "$work/$target")' '$work/err' &&
+           cmp -s '$work/$target' '$work/before'" ;;
+    esac
+done
+nv compose "$(winpath "$work/skin.nvsk")" "$(winpath "$work/Skin.ZIP")" >"$work/out" 2>"$work/err"
+check "compose with its two paths swapped exits 1 and leaves the zip" sh -c "[ $? -eq 1 ] &&
+    grep -qxF 'Çıktı bir skin paketi değil, üzerine yazılmadı: $(winpath "$work/Skin.ZIP")' '$work/err' &&
+    cmp -s '$work/Skin.ZIP' '$work/zip-copy'"
 
 # unpack: the same bytes under the set names.
 nv unpack "$(winpath "$work/skin.nvsk")" "$(winpath "$work/unpacked/deeper")" >"$work/out" 2>"$work/err"
