@@ -1,6 +1,7 @@
 // nvbuild render: the patcher window as the builder's live preview draws it, as a PNG of the skin's size.
 
 #include "cli/nvbuild.h"
+#include "cli/skin_edits.h"
 #include "cli/skin_input.h"
 #include "core/files.h"
 #include "core/text.h"
@@ -17,14 +18,20 @@ int commandRender(const Invocation& invocation, Console& console) {
     for (const GivenOption& edit : stateEdits)
         if (edit.value != L"hover" && edit.value != L"pressed")
             return invocation.usageError(console, L"--state hover ya da pressed olmalı: " + edit.value);
+    SkinEdits edits;
+    std::wstring error;
+    if (!readSkinEdits(invocation, edits, error)) return invocation.usageError(console, error);
 
     const std::wstring& source = invocation.arguments[0];
     const std::wstring& out = invocation.arguments[1];
     SkinWorkspace workspace;
     std::wstring message, note;
     if (!loadSkinInput(source, workspace, message, note)) return failed(console, message);
-    if (outputReplacesSource(source, out, message)) return failed(console, message);
+    if (!checkOutputSparesSource(source, out, message)) return failed(console, message);
     if (!note.empty()) console.errLine(L"Not: " + note);
+    if (!applySkinEdits(edits, workspace, error)) return failed(console, error);
+    for (const std::wstring& line : editsWithoutPlace(edits, workspace))
+        console.errLine(L"Not: " + line);
 
     // Composed and loaded exactly as the live preview does it, then drawn with the preview's sample values.
     SkinModel model;
@@ -58,31 +65,40 @@ int commandRender(const Invocation& invocation, Console& console) {
 }
 
 constexpr std::wstring_view kRenderArguments[] = {L"SOURCE", L"OUT"};
-constexpr OptionSpec kRenderOptions[] = {
+constexpr OptionSpec kRenderOwnOptions[] = {
     {L"--state", L"hover|pressed ID", true},
 };
+constexpr auto kRenderOptions = withSkinEditOptions(kRenderOwnOptions);
+
+const std::wstring kRenderHelp =
+    std::wstring(
+        L"Argümanlar:\n"
+        L"  SOURCE  skin: klasör, .zip, skin paketi ya da (Windows'ta) skin taşıyan patcher .exe\n"
+        L"  OUT     yazılacak PNG; skinin pencere boyutunda, saydam kenarlarıyla\n"
+        L"\n"
+        L"Seçenekler:\n"
+        L"  --state hover|pressed ID  kimliği ID olan buton imleç üzerindeymiş (hover) ya da basılıymış "
+        L"(pressed)\n"
+        L"                            gibi çizilir (kimlikte büyük/küçük harf fark etmez); tekrarlanabilir. "
+        L"Skinde\n"
+        L"                            o kimlikte kontrol yoksa çıkış 1.\n"
+        L"\n") +
+    std::wstring(kSkinEditsHelp) +
+    L"\n"
+    L"Skin, oluşturucunun canlı önizlemesindeki gibi düzenlemelerle derlenir ve önizlemenin örnek "
+    L"değerleriyle\n"
+    L"çizilir (ilerleme çubukları %70 ve %45, durum metinleri). Haber alanı yerine başlıklı bir panel "
+    L"görünür.\n"
+    L"Yükleyicinin uyarıları standart hataya yazılır. Linux'taki yerel nvbuild metin çizmez; metinleri\n"
+    L"nvbuild.exe (Windows ya da Wine) çizer.\n";
 
 } // namespace
 
 const Command kRenderCommand{
     L"render",
     L"Patcher penceresini canlı önizlemenin çizdiği gibi PNG olarak çizer.",
-    L"render SOURCE OUT [--state hover|pressed ID]...",
-    L"Argümanlar:\n"
-    L"  SOURCE  skin: klasör, .zip, skin paketi ya da (Windows'ta) skin taşıyan patcher .exe\n"
-    L"  OUT     yazılacak PNG; skinin pencere boyutunda, saydam kenarlarıyla\n"
-    L"\n"
-    L"Seçenekler:\n"
-    L"  --state hover|pressed ID  kimliği ID olan buton imleç üzerindeymiş (hover) ya da basılıymış "
-    L"(pressed)\n"
-    L"                            gibi çizilir (kimlikte büyük/küçük harf fark etmez); tekrarlanabilir. "
-    L"Skinde\n"
-    L"                            o kimlikte kontrol yoksa çıkış 1.\n"
-    L"\n"
-    L"Skin, oluşturucunun canlı önizlemesindeki gibi derlenir ve önizlemenin örnek değerleriyle çizilir\n"
-    L"(ilerleme çubukları %70 ve %45, durum metinleri). Haber alanı yerine başlıklı bir panel görünür.\n"
-    L"Yükleyicinin uyarıları standart hataya yazılır. Linux'taki yerel nvbuild metin çizmez; metinleri\n"
-    L"nvbuild.exe (Windows ya da Wine) çizer.\n",
+    L"render SOURCE OUT [--state hover|pressed ID]... [düzenlemeler]",
+    kRenderHelp,
     kRenderArguments,
     kRenderOptions,
     commandRender,

@@ -5,6 +5,8 @@
 #include "cli/nvbuild.h"
 #include "skin/workspace.h"
 
+#include <array>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,6 +32,18 @@ inline constexpr OptionSpec kSkinEditOptions[] = {
     {L"--close-on-start", L"0|1"}, {L"--auto-start", L"0|1"}, {L"--allow-error", L"0|1"},
     {L"--browser-emu", L"0|1"},    {L"--run-args", L"TEXT"},  {L"--link", L"ID=URL", true},
 };
+
+// A command's own options followed by the edit options.
+template <size_t N>
+constexpr std::array<OptionSpec, N + std::size(kSkinEditOptions)>
+withSkinEditOptions(const OptionSpec (&own)[N]) {
+    std::array<OptionSpec, N + std::size(kSkinEditOptions)> out{};
+    for (size_t i = 0; i < N; ++i)
+        out[i] = own[i];
+    for (size_t i = 0; i < std::size(kSkinEditOptions); ++i)
+        out[N + i] = kSkinEditOptions[i];
+    return out;
+}
 
 // The help lines of those options.
 inline constexpr std::wstring_view kSkinEditsHelp =
