@@ -27,6 +27,16 @@ for wrong in "--state" "--state hover" "--state glow BTN_START" "--bogus" "extra
     nv render "$(winpath "$sample")" "$(winpath "$work/x.png")" $wrong >/dev/null 2>"$work/err"
     check "render ... $wrong is a usage error (exit 2)" sh -c "[ $? -eq 2 ] && [ ! -e '$work/x.png' ]"
 done
+# compose's edits, composed as the preview composes them: a link for a button the skin lacks is refused as
+# compose refuses it, and an edit the skin has no place for is noted.
+nv render "$(winpath "$sample")" "$(winpath "$work/x.png")" --link NOPE=https://x.example/ >/dev/null 2>"$work/err"
+check "an edited link for a button the skin lacks exits 1" \
+    sh -c "[ $? -eq 1 ] && grep -qx \"Skin'de bu kimlikte buton yok: NOPE\" '$work/err' && [ ! -e '$work/x.png' ]"
+nv render "$(winpath "$sample")" "$(winpath "$work/edited.png")" --title "Kaldra Test" --feed-url https://f.example/ \
+    --link URL_SITE=https://yeni.example/ >/dev/null 2>"$work/err"
+status=$?
+check "edits that the skin takes render (exit 0, nothing noted but the native build's lack of text)" \
+    sh -c "[ $status -eq 0 ] && [ -s '$work/edited.png' ] && ! grep -v 'metin çizmez' '$work/err' | grep -q ."
 nv render "$(winpath "$work/missing")" "$(winpath "$work/x.png")" >/dev/null 2>"$work/err"
 check "a missing source exits 1" sh -c "[ $? -eq 1 ] && [ ! -e '$work/x.png' ]"
 finish
