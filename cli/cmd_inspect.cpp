@@ -5,6 +5,9 @@
 #include "cli/skin_input.h"
 #include "cli/text_columns.h"
 #include "core/text.h"
+#include "skin/skin_images.h"
+
+#include <algorithm>
 
 #include <cstdio>
 
@@ -247,6 +250,14 @@ int commandInspect(const Invocation& invocation, Console& console) {
     if (!note.empty()) warnings.push_back(L"Not: " + note);
     SkinModel model;
     const bool ok = workspace.loadPreviewModel(model, warnings);
+    // The loader only says that a picture is missing; for one that is there, why it does not open.
+    for (const SkinEntry& entry : workspace.files.entries) {
+        const bool picture =
+            std::any_of(std::begin(kSkinImageExtensions), std::end(kSkinImageExtensions),
+                        [&](std::string_view ext) { return endsWithIgnoreCase(entry.name, ext); });
+        if (const std::wstring why = picture ? pictureFailure(entry.data) : std::wstring(); !why.empty())
+            warnings.push_back(L"Görsel açılamadı: " + utf8ToWide(entry.name) + L" (" + why + L")");
+    }
     if (json)
         console.outLine(utf8ToWide(jsonReport(ok, model, warnings)));
     else if (ok)

@@ -56,7 +56,7 @@ int commandPack(const Invocation& invocation, Console& console) {
     // refused as the builder refuses it.
     SkinWorkspace workspace;
     if (!workspace.loadSkinSource(source, message)) return failed(console, message);
-    if (!message.empty()) console.errLine(L"Not: " + message);
+    if (!message.empty()) console.errLine(L"Not: " + unreadableWithCause(message));
 
     // What the patcher's reader would refuse (more files than a package holds) is not written at all.
     Bytes package;

@@ -38,6 +38,18 @@ bool checkPackageOutput(const std::wstring& source, const std::wstring& out, std
     return package;
 }
 
+std::wstring unreadableWithCause(const std::wstring& note) {
+    constexpr std::wstring_view kUnreadable = L"Okunamadi: ";
+    if (!note.starts_with(kUnreadable)) return note;
+    const std::wstring path = note.substr(kUnreadable.size());
+    // The reader opens, sizes and reads: a file that opens and reads now failed on its size.
+    Bytes head;
+    if (readFileHead(path, 1, head))
+        return note + L" (dosya " + std::to_wstring(SkinFileSet::kMaxFileBytes >> 20) +
+               L" MB sınırından büyük)";
+    return note + L" (" + systemErrorText(lastSystemError()) + L")";
+}
+
 bool readPackageFile(const std::wstring& path, SkinFileSet& files, std::wstring& message) {
     if (!requireExisting(path, message)) return false;
     Bytes bytes;
@@ -60,7 +72,7 @@ bool loadSkinInput(const std::wstring& path, SkinWorkspace& workspace, std::wstr
     if (!requireExisting(path, message)) return false;
     if (folderExists(path) || isZipName(path)) {
         if (!workspace.loadSkinSource(path, message)) return false;
-        note = message;
+        note = unreadableWithCause(message);
         message.clear();
         return true;
     }

@@ -25,6 +25,10 @@ bool checkOutputSparesSource(const std::wstring& source, const std::wstring& out
 // "Çıktı bir skin paketi değil, üzerine yazılmadı: " + out.
 bool checkPackageOutput(const std::wstring& source, const std::wstring& out, std::wstring& message);
 
+// The folder reader's note about the first file it could not read ("Okunamadi: " + path), with why: a file
+// larger than a skin file may be, or the system's reason. Any other note as it is.
+std::wstring unreadableWithCause(const std::wstring& note);
+
 // A skin package file (.nvsk), read whole; the same "Bulunamadı: " check first.
 bool readPackageFile(const std::wstring& path, SkinFileSet& files, std::wstring& message);
 

@@ -23,4 +23,17 @@ wchar_t cp437Char(uint8_t byte) {
     return byte < 0x80 ? wchar_t(byte) : wchar_t(kHigh[byte - 0x80]);
 }
 
+bool cp437Byte(wchar_t c, uint8_t& byte) {
+    if (uint32_t(c) < 0x80) {
+        byte = uint8_t(c);
+        return true;
+    }
+    for (int i = 0; i < 128; ++i)
+        if (kHigh[i] == uint32_t(c)) {
+            byte = uint8_t(0x80 + i);
+            return true;
+        }
+    return false;
+}
+
 } // namespace nv

@@ -40,7 +40,14 @@ std::wstring pathJoin(std::wstring_view a, std::wstring_view b) {
     if (a.empty()) return std::wstring(b);
     if (b.empty()) return std::wstring(a);
     std::wstring out(a);
-    if (!isPathSeparator(out.back())) out.push_back(kJoinSeparator);
+#ifdef _WIN32
+    // A folder typed with '/' (Windows takes both) keeps its style: "skins/x\bg.png" reads as a typo.
+    const bool slashes = a.find(L'/') != std::wstring_view::npos && a.find(L'\\') == std::wstring_view::npos;
+    const wchar_t separator = slashes ? L'/' : kJoinSeparator;
+#else
+    const wchar_t separator = kJoinSeparator;
+#endif
+    if (!isPathSeparator(out.back())) out.push_back(separator);
     out.append(b);
     return out;
 }

@@ -12,7 +12,8 @@ std::wstring pathFileName(std::wstring_view path);
 // The part before the last separator, or empty when there is none.
 std::wstring pathParent(std::wstring_view path);
 
-// b when a is empty; a when b is empty; a + b when a already ends with a separator; else a + "\\" + b.
+// b when a is empty; a when b is empty; a + b when a already ends with a separator; else a, the separator and
+// b: "/" natively; on Windows "\\", or "/" when a is written with '/' alone, so a path keeps one style.
 std::wstring pathJoin(std::wstring_view a, std::wstring_view b);
 
 bool isPathSeparator(wchar_t c);

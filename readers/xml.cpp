@@ -321,7 +321,8 @@ int XmlElement::intAttribute(std::string_view attributeName, int defaultValue) c
     return found ? parseInt(found->value, defaultValue) : defaultValue;
 }
 
-bool parseXml(const char* data, size_t size, XmlDocument& document, std::wstring* error) {
+bool parseXml(const char* data, size_t size, XmlDocument& document, std::wstring* error,
+              size_t* errorOffset) {
     document = XmlDocument{};
     if (size == 0) data = ""; // a null pointer with no bytes is an empty document
     try {
@@ -329,8 +330,9 @@ bool parseXml(const char* data, size_t size, XmlDocument& document, std::wstring
         return true;
     } catch (const XmlFailure& failure) {
         document = XmlDocument{};
+        const size_t offset = std::min(failure.offset, size);
+        if (errorOffset) *errorOffset = offset;
         if (error) {
-            const size_t offset = std::min(failure.offset, size);
             const size_t line = 1 + size_t(std::count(data, data + offset, '\n'));
             *error = widenAscii(failure.message) + L" (satir " + std::to_wstring(line) + L")";
         }

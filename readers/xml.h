@@ -45,10 +45,12 @@ struct XmlDocument {
 };
 
 // Parses UTF-8 bytes. On failure returns false, leaves the document empty and stores the message followed by
-// " (satir N)" in error.
-bool parseXml(const char* data, size_t size, XmlDocument& document, std::wstring* error = nullptr);
-inline bool parseXml(std::string_view text, XmlDocument& document, std::wstring* error = nullptr) {
-    return parseXml(text.data(), text.size(), document, error);
+// " (satir N)" in error, and the byte offset the message is about in errorOffset.
+bool parseXml(const char* data, size_t size, XmlDocument& document, std::wstring* error = nullptr,
+              size_t* errorOffset = nullptr);
+inline bool parseXml(std::string_view text, XmlDocument& document, std::wstring* error = nullptr,
+                     size_t* errorOffset = nullptr) {
+    return parseXml(text.data(), text.size(), document, error, errorOffset);
 }
 
 // Escaping for output: attributes escape & < > " ' ; text escapes & < > only.

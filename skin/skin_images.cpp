@@ -9,6 +9,18 @@
 
 namespace nv {
 
+std::wstring pictureFailure(const Bytes& bytes) {
+    const ImageSignature signature = sniffImage(bytes.data(), bytes.size());
+    if (signature.tooLarge())
+        return std::to_wstring(signature.width) + L"x" + std::to_wstring(signature.height) +
+               L" piksel; görseller en çok " + std::to_wstring(kMaxImageSide) + L"x" +
+               std::to_wstring(kMaxImageSide) + L" olabilir";
+    DecodedImage image;
+    std::wstring error;
+    if (PictureCache::shared().decode(bytes.data(), bytes.size(), image, &error)) return {};
+    return error.empty() ? L"çözülemedi" : error;
+}
+
 SkinImages::SkinImages(const SkinFileSet& files, std::vector<std::wstring>* warnings, uint64_t pixelBudget)
     : files_(files), warnings_(warnings), budget_(pixelBudget) {}
 

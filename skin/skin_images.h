@@ -17,6 +17,11 @@
 
 namespace nv {
 
+// Why a picture's bytes do not decode, as a skin author needs to hear it: a size beyond the decoders' limit
+// when its header states one (the decoder only says that it cannot decode), else the decoder's own message.
+// Empty when they decode.
+std::wstring pictureFailure(const Bytes& bytes);
+
 class SkinImages {
 public:
     static constexpr uint64_t kPixelBudget = 2ull * kMaxImageSide * kMaxImageSide;

@@ -1,5 +1,6 @@
 #include "skin/skin_lint.h"
 
+#include "core/cp437.h"
 #include "core/paths.h"
 #include "core/text.h"
 #include "core/values.h"
@@ -8,6 +9,7 @@
 #include "skin/locale.h"
 #include "skin/package.h"
 #include "skin/settings.h"
+#include "skin/skin_images.h"
 #include "skin/skin_model.h"
 
 #include <algorithm>
@@ -23,24 +25,48 @@ std::string_view textOf(const Bytes& bytes) {
     return std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size());
 }
 
-// Line numbers of byte offsets, from 1, after one pass over the text (skins come from strangers: a file of
-// millions of lines must not cost a scan per finding). A lone CR ends a line too, as for the settings reader.
+// Line and column numbers of byte offsets, from 1, after one pass over the text (skins come from strangers: a
+// file of millions of lines, or of one line of megabytes, must not cost a scan per finding). A lone CR ends a
+// line too, as for the settings reader. Columns count characters (UTF-8 sequences), as editors do.
 class LineIndex {
 public:
     LineIndex() = default;
     explicit LineIndex(std::string_view text) {
         starts_.push_back(0);
-        for (size_t i = 0; i < text.size(); ++i)
+        size_t characters = 0;
+        for (size_t i = 0; i < text.size(); ++i) {
+            if (i % kStep == 0) checkpoints_.push_back(characters);
+            if ((uint8_t(text[i]) & 0xC0) != 0x80) ++characters;
             if (text[i] == '\n' || (text[i] == '\r' && (i + 1 >= text.size() || text[i + 1] != '\n')))
                 starts_.push_back(i + 1);
+        }
+        text_ = text;
     }
     // 0 when there is no text to count in.
     int line(size_t offset) const {
         return int(std::upper_bound(starts_.begin(), starts_.end(), offset) - starts_.begin());
     }
+    int column(size_t offset) const {
+        const int at = line(offset);
+        if (at == 0) return 0;
+        return int(charactersBefore(offset) - charactersBefore(starts_[size_t(at) - 1])) + 1;
+    }
 
 private:
+    static constexpr size_t kStep = 256;
+
+    size_t charactersBefore(size_t offset) const {
+        offset = std::min(offset, text_.size());
+        size_t from = offset / kStep * kStep;
+        size_t count = from / kStep < checkpoints_.size() ? checkpoints_[from / kStep] : 0;
+        for (; from < offset; ++from)
+            if ((uint8_t(text_[from]) & 0xC0) != 0x80) ++count;
+        return count;
+    }
+
+    std::string_view text_;
     std::vector<size_t> starts_;
+    std::vector<size_t> checkpoints_; // characters before every kStep-th byte
 };
 
 constexpr std::string_view kRootAttributes[] = {"background_image", "feed_url", "feed_refresh"};
@@ -73,8 +99,29 @@ std::wstring size2(int w, int h) {
     return std::to_wstring(w) + L"x" + std::to_wstring(h);
 }
 
-std::wstring idOrIndex(const SkinControl& c) {
-    return c.id.empty() ? L"#" + std::to_wstring(c.index) : utf8ToWide(c.id);
+// A name is valid UTF-8 with at least one sequence beyond ASCII.
+bool isUtf8BeyondAscii(std::string_view bytes) {
+    bool beyond = false;
+    for (size_t i = 0; i < bytes.size();) {
+        const uint8_t b = uint8_t(bytes[i]);
+        const size_t length = b < 0x80           ? 1
+                              : (b >> 5) == 0x6  ? 2
+                              : (b >> 4) == 0xE  ? 3
+                              : (b >> 3) == 0x1E ? 4
+                                                 : 0;
+        if (length == 0 || i + length > bytes.size()) return false;
+        uint32_t cp = length == 1 ? b : b & (0x7F >> length);
+        for (size_t k = 1; k < length; ++k) {
+            const uint8_t c = uint8_t(bytes[i + k]);
+            if ((c & 0xC0) != 0x80) return false;
+            cp = cp << 6 | (c & 0x3F);
+        }
+        static constexpr uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
+        if (cp < kLeast[length] || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) return false;
+        beyond |= length > 1;
+        i += length;
+    }
+    return beyond;
 }
 
 class Linter {
@@ -103,13 +150,16 @@ public:
             }
             if (index >= model_.controls.size()) break;
             const SkinControl& c = model_.controls[index++];
+            control_ = controlName(c.id, c.index);
             checkControl(element, c);
-            if (c.id.empty()) continue;
-            auto [first, added] = firstLine.try_emplace(c.id, lines_.line(element.tagBegin));
-            if (!added)
-                add("skin.xml", element.tagBegin, "duplicate-id",
-                    L"Aynı kimlik ikinci kez kullanılmış: " + utf8ToWide(c.id) + L" (ilki satır " +
-                        std::to_wstring(first->second) + L")");
+            if (!c.id.empty()) {
+                auto [first, added] = firstLine.try_emplace(c.id, lines_.line(element.tagBegin));
+                if (!added)
+                    add("skin.xml", element.tagBegin, "duplicate-id",
+                        L"Aynı kimlik ikinci kez kullanılmış: " + utf8ToWide(c.id) + L" (ilki satır " +
+                            std::to_wstring(first->second) + L")");
+            }
+            control_.clear();
         }
     }
 
@@ -130,11 +180,50 @@ public:
         use(model_.localeFile);
     }
 
+    // A file nothing uses; one whose name an archiver garbled is explained instead (it is why nothing finds
+    // it).
     void unusedFiles() {
-        for (const SkinEntry& entry : files_.entries)
-            if (!used_.count(&entry.data.bytes()))
+        for (const SkinEntry& entry : files_.entries) {
+            const std::string meant = utf8ReadAsCp437(entry.name);
+            if (!meant.empty())
+                addLine(entry.name, 0, "zip-name-encoding",
+                        L"Dosya adı zip'e UTF-8 olarak, zip'in UTF-8 işareti olmadan yazılmış; kod sayfası "
+                        L"437 ile "
+                        L"okunuyor. Asıl adı: " +
+                            utf8ToWide(meant) +
+                            L". Zip'i 7-Zip ile ya da adları UTF-8 işaretiyle yazan bir araçla yeniden "
+                            L"oluşturun");
+            else if (!used_.count(&entry.data.bytes()))
                 addLine(entry.name, 0, "unused-file",
                         L"Hiçbir yerde kullanılmayan dosya: " + utf8ToWide(entry.name));
+        }
+    }
+
+    // A languagePath that names a file the skin lacks: the loader quietly takes another locale file, or none.
+    void languagePath() {
+        const Bytes* address = model_.addressFile.empty() ? nullptr : files_.findFile(model_.addressFile);
+        XmlDocument document;
+        if (!address || !parseXml(textOf(*address), document)) return;
+        const XmlAttribute* path = document.root.findAttribute("languagePath");
+        if (!path || path->value.empty() || files_.findFile(path->value)) return;
+        const LineIndex lines(textOf(*address));
+        addLine(model_.addressFile, lines.line(path->valueBegin), "missing-locale-file",
+                L"languagePath skinde olmayan bir dosyayı adlandırıyor: " + utf8ToWide(path->value) + L"; " +
+                    (model_.localeFile.empty() ? std::wstring(L"yerleşik metinler kullanılıyor")
+                                               : utf8ToWide(model_.localeFile) + L" kullanılıyor"));
+        findings_.back().column = lines.column(path->valueBegin);
+    }
+
+    // The loader's warning about a control's picture, placed at the control (the loader knows no places).
+    void placeLoaderWarning(const std::wstring& warning, size_t offset) {
+        for (LintFinding& f : findings_)
+            if (f.code == "loader" && f.file.empty() && f.message == warning) {
+                f.file = "skin.xml";
+                f.line = lines_.line(offset);
+                f.column = lines_.column(offset);
+                f.control = control_;
+                return;
+            }
     }
 
     // Names a background that the loader could not find: only whether the case of a letter is to blame.
@@ -146,9 +235,10 @@ public:
 private:
     void add(std::string file, size_t offset, std::string code, std::wstring message) {
         addLine(std::move(file), lines_.line(offset), std::move(code), std::move(message));
+        findings_.back().column = lines_.column(offset);
     }
     void addLine(std::string file, int line, std::string code, std::wstring message) {
-        findings_.push_back({std::move(file), line, std::move(code), std::move(message)});
+        findings_.push_back({std::move(file), line, std::move(code), std::move(message), 0, control_});
     }
 
     void use(std::string_view name) {
@@ -168,11 +258,7 @@ private:
         const Bytes* bytes = name.empty() ? nullptr : files_.findFile(bareFileName(name));
         if (!bytes) return {};
         auto [it, added] = decodeFailures_.try_emplace(bytes);
-        if (added) {
-            DecodedImage image;
-            if (!decodeImage(bytes->data(), bytes->size(), image, &it->second) && it->second.empty())
-                it->second = L"?";
-        }
+        if (added) it->second = pictureFailure(*bytes);
         return it->second;
     }
 
@@ -246,6 +332,8 @@ private:
         case ControlKind::Button: {
             // A missing up picture is the loader's own warning; only the state pictures' case is added here.
             const ButtonImageNames names = buttonImageNames(c.image);
+            if (c.imageUp.empty())
+                placeLoaderWarning(L"Buton görseli yok: " + utf8ToWide(names.base + "_up"), e.tagBegin);
             for (const std::string* name : {&names.up, &names.on, &names.down, &names.disabled})
                 if (!found(*name))
                     caseVariant(*name, e.tagBegin, reported);
@@ -256,16 +344,18 @@ private:
                 if (!found(c.image)) caseVariant(c.image, e.tagBegin, reported);
             break;
         }
-        case ControlKind::Gauge:
-            referenceCompleted(e.hasAttribute("image_full") ? e.attribute("image_full") : c.image, e.tagBegin,
-                               true);
+        case ControlKind::Gauge: {
+            const std::string full = e.hasAttribute("image_full") ? e.attribute("image_full") : c.image;
+            if (c.imageFull.empty())
+                placeLoaderWarning(L"Gauge görseli yok: " + utf8ToWide(full), e.tagBegin);
+            referenceCompleted(full, e.tagBegin, true);
             if (const XmlAttribute* empty = e.findAttribute("image_empty"))
                 referenceCompleted(empty->value, empty->valueBegin, false);
             break;
+        }
         case ControlKind::Image:
             if (c.image.empty())
-                add("skin.xml", e.tagBegin, "missing-image",
-                    L"Görsel kontrolünün görseli (image) yok: " + idOrIndex(c));
+                add("skin.xml", e.tagBegin, "missing-image", L"Görsel kontrolünün görseli (image) yok");
             else if (found(c.image) && c.imageUp.empty()) {
                 const std::wstring reason = decodeFailure(c.image);
                 add("skin.xml", e.tagBegin, "missing-image",
@@ -281,11 +371,9 @@ private:
 
     void checkPlacement(const XmlElement& e, const SkinControl& c) {
         if (c.kind == ControlKind::Text && c.width <= 0)
-            add("skin.xml", e.tagBegin, "no-size",
-                L"Metin alanının genişliği yok (width ya da w): " + idOrIndex(c));
+            add("skin.xml", e.tagBegin, "no-size", L"Metin alanının genişliği yok (width ya da w)");
         if (c.kind == ControlKind::Iframe && (c.width <= 0 || c.height <= 0))
-            add("skin.xml", e.tagBegin, "no-size",
-                L"Haber alanının boyutu yok (width/w ve height/h): " + idOrIndex(c));
+            add("skin.xml", e.tagBegin, "no-size", L"Haber alanının boyutu yok (width/w ve height/h)");
         if (c.kind == ControlKind::Unknown) return;
 
         // A control without a size still has a place: it is tested as one pixel there.
@@ -296,18 +384,16 @@ private:
                                    size2(c.width, c.height) + L"; pencere " +
                                    size2(model_.width, model_.height) + L")";
         if (left >= w || top >= h || right <= 0 || bottom <= 0)
-            add("skin.xml", e.tagBegin, "outside-window",
-                L"Kontrol pencerenin tamamen dışında: " + idOrIndex(c) + where);
+            add("skin.xml", e.tagBegin, "outside-window", L"Kontrol pencerenin tamamen dışında" + where);
         else if (left < 0 || top < 0 || right > w || bottom > h)
-            add("skin.xml", e.tagBegin, "outside-window",
-                L"Kontrol pencereden taşıyor: " + idOrIndex(c) + where);
+            add("skin.xml", e.tagBegin, "outside-window", L"Kontrol pencereden taşıyor" + where);
     }
 
     void checkControl(const XmlElement& e, const SkinControl& c) {
         if (c.kind == ControlKind::Unknown) {
             const std::string type = e.attribute("type");
             add("skin.xml", e.tagBegin, "unknown-type",
-                (type.empty() ? L"Kontrolün türü (type) yok: " + idOrIndex(c)
+                (type.empty() ? std::wstring(L"Kontrolün türü (type) yok")
                               : L"Bilinmeyen kontrol türü: " + utf8ToWide(type)) +
                     L"; çizilmez (türler: button, text, gauge, iframe, image)");
         }
@@ -383,14 +469,46 @@ private:
     const SkinFileSet& files_;
     const SkinModel& model_;
     std::vector<LintFinding>& findings_;
-    LineIndex lines_; // of skin.xml, whose offsets the findings give
+    LineIndex lines_;      // of skin.xml, whose offsets the findings give
+    std::wstring control_; // the control being checked, named in its findings
     std::set<const Bytes*> used_;
     std::multimap<std::wstring, const SkinEntry*> folded_;
     std::map<const Bytes*, std::wstring> decodeFailures_;
     std::set<const Bytes*> reportedUndecodable_;
 };
 
+// A companion or skin.xml that does not parse: the loader's warning becomes a finding at the place where the
+// reader stopped, in the reader's words.
+void placeParseError(const SkinFileSet& files, const std::string& name, std::vector<LintFinding>& findings) {
+    const Bytes* bytes = name.empty() ? nullptr : files.findFile(name);
+    XmlDocument document;
+    std::wstring error;
+    size_t offset = 0;
+    if (!bytes || parseXml(textOf(*bytes), document, &error, &offset)) return;
+    const std::wstring said = utf8ToWide(name) + L" okunamadı: " + error;
+    for (LintFinding& f : findings)
+        if (f.code == "loader" && f.file.empty() && f.message == said) {
+            const LineIndex lines(textOf(*bytes));
+            f = {name, lines.line(offset), "parse-error", L"okunamadı: " + error, lines.column(offset), {}};
+            return;
+        }
+}
+
 } // namespace
+
+std::wstring controlName(std::string_view id, uint32_t index) {
+    return id.empty() ? L"kontrol #" + std::to_wstring(uint64_t(index) + 1) : utf8ToWide(id);
+}
+
+std::string utf8ReadAsCp437(std::string_view name) {
+    std::string bytes;
+    for (wchar_t c : utf8ToWide(name)) {
+        uint8_t byte = 0;
+        if (!cp437Byte(c, byte)) return {};
+        bytes.push_back(char(byte));
+    }
+    return isUtf8BeyondAscii(bytes) ? bytes : std::string();
+}
 
 std::wstring foldNameCase(std::wstring_view name) {
     std::wstring out(name);
@@ -426,13 +544,20 @@ LintReport lintSkin(const SkinFileSet& files) {
     std::vector<std::wstring> warnings;
     report.loaded = loadSkinModel(files, model, &warnings);
     for (std::wstring& w : warnings)
-        report.findings.push_back({"", 0, "loader", std::move(w)});
+        report.findings.push_back({"", 0, "loader", std::move(w), 0, {}});
     // The loader takes any number of files; a package, and so a build, takes at most this many.
     if (files.entries.size() > kSkinPackageMaxEntries)
         report.findings.push_back(
-            {"", 0, "too-many-files",
+            {"",
+             0,
+             "too-many-files",
              L"Skinde " + std::to_wstring(files.entries.size()) + L" dosya var; pakete en çok " +
-                 std::to_wstring(kSkinPackageMaxEntries) + L" dosya sığar, oluşturma başarısız olur"});
+                 std::to_wstring(kSkinPackageMaxEntries) + L" dosya sığar, oluşturma başarısız olur",
+             0,
+             {}});
+
+    for (const std::string& name : {findAddressFile(files), model.localeFile, std::string("skin.xml")})
+        placeParseError(files, name, report.findings);
 
     XmlDocument skin;
     const Bytes* skinXml = files.findFile("skin.xml");
@@ -445,6 +570,7 @@ LintReport lintSkin(const SkinFileSet& files) {
     }
     linter.skinXml(skin, textOf(*skinXml));
     linter.companions();
+    linter.languagePath();
     linter.settings();
     linter.unusedFiles();
     return report;

@@ -21,7 +21,8 @@ truncate -s 33554433 "$src/huge.bmp" # one byte over the per-file limit
 # pack: the too-large file is noted, the rest is packed.
 nv pack "$(winpath "$src")" "$(winpath "$work/skin.nvsk")" >"$work/out" 2>"$work/err"
 check "pack exits 0" [ $? -eq 0 ]
-check "pack notes the file it could not read" grep -q "^Not: Okunamadi: .*huge.bmp" "$work/err"
+check "pack notes the file it could not read, why, and its path in one style" \
+    grep -qxF "Not: Okunamadi: $(winpath "$src/huge.bmp") (dosya 32 MB sınırından büyük)" <(tr -d '\r' <"$work/err")
 check "pack writes the package" [ -s "$work/skin.nvsk" ]
 check "no temporary file stays" [ ! -e "$work/skin.nvsk.nvtmp" ]
 

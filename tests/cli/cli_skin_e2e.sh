@@ -152,9 +152,54 @@ check "inspect calls the careless copy sound" sh -c "[ $? -eq 0 ] && [ ! -s '$wo
 check "... without a single warning" json_check "$work/out.json" "j['ok'] and j['warnings'] == []"
 nv lint "$(winpath "$work/careless")" --json >"$work/lint.json" 2>"$work/err"
 check "lint of it exits 1 and counts its findings on stderr" sh -c "[ $? -eq 1 ] && grep -qx '3 bulgu.' '$work/err'"
-check "... each finding with its file, line and code" json_check "$work/lint.json" \
-    "not j['ok'] and j['loaded'] and [(f['file'], f['line'], f['code']) for f in j['findings']] == [('skin.xml', 19, 'unknown-type'), ('skin.xml', 25, 'bad-color'), ('notlar.txt', 0, 'unused-file')]"
+check "... each finding with its file, line, column, control and code" json_check "$work/lint.json" \
+    "not j['ok'] and j['loaded'] and [(f['file'], f['line'], f['column'], f['control'], f['code']) for f in j['findings']] == [('skin.xml', 19, 3, 'VOLUME', 'unknown-type'), ('skin.xml', 25, 123, 'FEED_STATUS', 'bad-color'), ('notlar.txt', 0, 0, '', 'unused-file')]"
 nv lint "$(winpath "$work/careless")" >"$work/out" 2>"$work/err"
-check "... and as text, file:line: first" grep -q '^skin.xml:19: Bilinmeyen kontrol türü: slider' "$work/out"
+check "... and as text, file:line:column: control: first" \
+    grep -q '^skin.xml:19:3: VOLUME: Bilinmeyen kontrol türü: slider' "$work/out"
+
+# skin.xml on one line, as exporters write it: the findings still differ by column and name their control,
+# an unnamed one by its place among the controls.
+python3 - "$work/careless/skin.xml" <<'PY'
+import re, sys
+text = open(sys.argv[1], encoding="utf-8").read()
+text = re.sub(r'<control type="slider" id="VOLUME"', '<control type="slider"', text)
+open(sys.argv[1], "w", encoding="utf-8").write(re.sub(r"\s*\n\s*", " ", text))
+PY
+nv lint "$(winpath "$work/careless")" --json >"$work/lint.json" 2>"$work/err"
+check "a one-line skin.xml's findings differ by column and name their control" json_check "$work/lint.json" \
+    "[(f['line'], f['control'], f['code']) for f in j['findings'][:2]] == [(1, 'kontrol #8', 'unknown-type'), (1, 'FEED_STATUS', 'bad-color')] and j['findings'][0]['column'] < j['findings'][1]['column']"
+
+# A skin.xml that does not parse: file:line:column where the reader stopped, the reader's words after it.
+copy_sample broken
+sed -i '0,/<\/skin>/s//<\/skinn>/' "$work/broken/skin.xml"
+line=$(grep -n '</skinn>' "$work/broken/skin.xml" | cut -d: -f1)
+nv lint "$(winpath "$work/broken")" >"$work/out" 2>"$work/err"
+check "a parse error is a finding in the file:line:column: form" \
+    grep -qx "skin.xml:$line:3: okunamadı: Kapanis etiketi uyusmuyor (satir $line)" <(tr -d '\r' <"$work/out")
+
+# Names Info-ZIP stored as UTF-8 without the zip's UTF-8 flag read as code page 437: lint says how to re-zip.
+copy_sample turkish
+mv "$work/turkish/crest.png" "$work/turkish/Işık.png"
+sed -i 's/image="crest.png"/image="Işık.png"/' "$work/turkish/skin.xml"
+(cd "$work/turkish" && zip -q -X "$work/turkish.zip" ./*)
+nv lint "$(winpath "$work/turkish.zip")" --json >"$work/lint.json" 2>"$work/err"
+check "a name zipped as UTF-8 without the flag is recognised" json_check "$work/lint.json" \
+    "any(f['code'] == 'zip-name-encoding' and 'Asıl adı: işık.png' in f['message'] and '7-Zip' in f['message'] for f in j['findings'])"
+
+# A picture past the decoders' limit: the loader's words stay, inspect and lint add the real reason.
+copy_sample huge
+python3 -c 'import struct, sys, zlib
+ihdr = struct.pack(">IIBBBBB", 12000, 12000, 8, 6, 0, 0, 0)
+open(sys.argv[1], "wb").write(b"\x89PNG\r\n\x1a\n" + struct.pack(">I", 13) + b"IHDR" + ihdr + struct.pack(">I", zlib.crc32(b"IHDR" + ihdr)))' \
+    "$work/huge/bg.png"
+nv inspect "$(winpath "$work/huge")" >"$work/out" 2>"$work/err"
+status=$?
+tr -d '\r' <"$work/err" >"$work/err.txt"
+check "inspect of a 12000 px background exits 1 with the loader's words and the size" sh -c "[ $status -eq 1 ] &&
+    grep -qx 'Düzenleme mevcut değil. (arka plan görseli yok: bg)' '$work/err.txt' &&
+    grep -qx 'Görsel açılamadı: bg.png (12000x12000 piksel; görseller en çok 8192x8192 olabilir)' '$work/err.txt'"
+nv lint "$(winpath "$work/huge")" >"$work/out" 2>"$work/err"
+check "... and lint names it too" grep -q 'bg.png (12000x12000 piksel' "$work/out"
 
 finish

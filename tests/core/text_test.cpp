@@ -42,5 +42,16 @@ TEST(Paths, SplitAndJoinWithEitherSeparator) {
     EXPECT_TRUE(isPathSeparator(joined[3]));
 }
 
+// A joined path keeps the style of the folder it was given in (paths typed on Linux reach nvbuild.exe under
+// Wine with '/'), so a message never shows "skins/x\\bg.png".
+TEST(Paths, JoinKeepsOneStyle) {
+    EXPECT_EQ(pathJoin(L"skins/gece", L"bg.png"), L"skins/gece/bg.png");
+#ifdef _WIN32
+    EXPECT_EQ(pathJoin(L"C:\\skins", L"bg.png"), L"C:\\skins\\bg.png");
+    EXPECT_EQ(pathJoin(L"C:\\skins/gece", L"bg.png"), L"C:\\skins/gece\\bg.png") << "mixed: the platform's";
+    EXPECT_EQ(pathJoin(L"gece", L"bg.png"), L"gece\\bg.png");
+#endif
+}
+
 } // namespace
 } // namespace nv
