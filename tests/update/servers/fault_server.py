@@ -27,7 +27,7 @@ Faults combine (/~times=2/~status=503/FILE). What follows the fault segments nam
 percent-decoded as UTF-8. Query strings are ignored (callers add cache-busting ones).
 
 GET /_log answers the request log as JSON lines (/_log?clear=1 empties it afterwards). Each record holds the
-path as asked (without the query), the file, the Range and Cache-Control headers, the status and the body bytes
+path as asked and its query, the file, the Range and Cache-Control headers, the status and the body bytes
 sent, so a test can count what was fetched. The same records go to a file when one is given.
 
 Use it from Python (FaultServer(root).start(), .url, .requests(), .stop(), or as a context manager) or run it:
@@ -170,6 +170,7 @@ class Handler(http.server.BaseHTTPRequestHandler):
         parsed = urllib.parse.urlsplit(self.path)
         self.record = {
             "path": parsed.path,
+            "query": parsed.query,
             "range": self.headers.get("Range"),
             "cache_control": self.headers.get("Cache-Control"),
             "pragma": self.headers.get("Pragma"),

@@ -25,6 +25,7 @@ import subprocess
 import sys
 import tempfile
 
+sys.dont_write_bytecode = True  # no __pycache__ in the source tree
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 from fault_server import FaultServer  # noqa: E402
 from nginx_harness import Nginx  # noqa: E402
