@@ -55,8 +55,10 @@ bool findFileHolders(const std::vector<std::wstring>& paths, std::vector<FileHol
     if (DWORD rc = session.start(); rc != ERROR_SUCCESS) return failed(rc, error);
     std::vector<LPCWSTR> names;
     names.reserve(paths.size());
-    for (const std::wstring& p : paths) names.push_back(p.c_str());
-    if (DWORD rc = RmRegisterResources(session.handle(), UINT(names.size()), names.data(), 0, nullptr, 0, nullptr);
+    for (const std::wstring& p : paths)
+        names.push_back(p.c_str());
+    if (DWORD rc =
+            RmRegisterResources(session.handle(), UINT(names.size()), names.data(), 0, nullptr, 0, nullptr);
         rc != ERROR_SUCCESS)
         return failed(rc, error);
 

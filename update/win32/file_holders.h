@@ -16,8 +16,8 @@ struct FileHolder {
     bool systemService = false;
 };
 
-// The programs holding any of the files (full paths). True with an empty list when nobody is named; false with
-// the system's reason when the Restart Manager fails.
+// The programs holding any of the files (full paths). True with an empty list when nobody is named; false
+// with the system's reason when the Restart Manager fails.
 bool findFileHolders(const std::vector<std::wstring>& paths, std::vector<FileHolder>& holders,
                      std::wstring* error = nullptr);
 

@@ -96,7 +96,8 @@ bool isRedirect(int status) {
 
 class WinHttpTransport final : public HttpTransport {
 public:
-    WinHttpTransport(HINTERNET session, const WinHttpOptions& options) : session_(session), options_(options) {}
+    WinHttpTransport(HINTERNET session, const WinHttpOptions& options)
+        : session_(session), options_(options) {}
 
     TransferResult get(const HttpRequest& request, HttpBodySink& sink,
                        const std::atomic<bool>& cancel) override;
@@ -179,8 +180,8 @@ bool WinHttpTransport::sendAndReceiveHead(const std::string& url, const HttpRequ
     // The address is sent as the caller encoded it: WinHTTP's own escaping would encode a "%" a second time.
     DWORD flags = WINHTTP_FLAG_ESCAPE_DISABLE | WINHTTP_FLAG_ESCAPE_DISABLE_QUERY;
     if (parts.nScheme == INTERNET_SCHEME_HTTPS) flags |= WINHTTP_FLAG_SECURE;
-    ex.request.reset(WinHttpOpenRequest(ex.connection.get(), L"GET", path.c_str(), nullptr, WINHTTP_NO_REFERER,
-                                        WINHTTP_DEFAULT_ACCEPT_TYPES, flags));
+    ex.request.reset(WinHttpOpenRequest(ex.connection.get(), L"GET", path.c_str(), nullptr,
+                                        WINHTTP_NO_REFERER, WINHTTP_DEFAULT_ACCEPT_TYPES, flags));
     if (!ex.request.get()) return systemFailure();
     DWORD features = WINHTTP_DISABLE_REDIRECTS;
     if (!WinHttpSetOption(ex.request.get(), WINHTTP_OPTION_DISABLE_FEATURE, &features, sizeof(features)))
@@ -191,15 +192,16 @@ bool WinHttpTransport::sendAndReceiveHead(const std::string& url, const HttpRequ
         headers += L"Range: bytes=" + std::to_wstring(request.range->first) + L"-" +
                    std::to_wstring(request.range->last) + L"\r\n";
     if (request.noCache) headers += L"Cache-Control: no-cache\r\nPragma: no-cache\r\n";
-    if (!WinHttpSendRequest(ex.request.get(), headers.empty() ? WINHTTP_NO_ADDITIONAL_HEADERS : headers.c_str(),
+    if (!WinHttpSendRequest(ex.request.get(),
+                            headers.empty() ? WINHTTP_NO_ADDITIONAL_HEADERS : headers.c_str(),
                             DWORD(headers.size()), WINHTTP_NO_REQUEST_DATA, 0, 0, 0))
         return systemFailure();
     if (!WinHttpReceiveResponse(ex.request.get(), nullptr)) return systemFailure();
 
     // The head as text, parsed by us: the system's numeric query stops at 32 bits where 64 are not supported.
     DWORD bytes = 0;
-    WinHttpQueryHeaders(ex.request.get(), WINHTTP_QUERY_RAW_HEADERS_CRLF, WINHTTP_HEADER_NAME_BY_INDEX, nullptr,
-                        &bytes, WINHTTP_NO_HEADER_INDEX);
+    WinHttpQueryHeaders(ex.request.get(), WINHTTP_QUERY_RAW_HEADERS_CRLF, WINHTTP_HEADER_NAME_BY_INDEX,
+                        nullptr, &bytes, WINHTTP_NO_HEADER_INDEX);
     if (GetLastError() != ERROR_INSUFFICIENT_BUFFER || bytes == 0 || bytes > kMaxHeadBytes) {
         fail(result, TransferError::Protocol, bytes > kMaxHeadBytes ? 0 : GetLastError());
         return false;
@@ -264,21 +266,23 @@ std::unique_ptr<HttpTransport> openWinHttpTransport(const WinHttpOptions& option
     HINTERNET session = WinHttpOpen(options.userAgent.c_str(), WINHTTP_ACCESS_TYPE_AUTOMATIC_PROXY,
                                     WINHTTP_NO_PROXY_NAME, WINHTTP_NO_PROXY_BYPASS, 0);
     if (!session) // before Windows 8.1
-        session = WinHttpOpen(options.userAgent.c_str(), WINHTTP_ACCESS_TYPE_DEFAULT_PROXY, WINHTTP_NO_PROXY_NAME,
-                              WINHTTP_NO_PROXY_BYPASS, 0);
+        session = WinHttpOpen(options.userAgent.c_str(), WINHTTP_ACCESS_TYPE_DEFAULT_PROXY,
+                              WINHTTP_NO_PROXY_NAME, WINHTTP_NO_PROXY_BYPASS, 0);
     if (!session) {
         if (error) *error = systemErrorText(GetLastError());
         return nullptr;
     }
     auto transport = std::make_unique<WinHttpTransport>(session, options);
     int connect = int(options.connectTimeoutMs);
-    if (!WinHttpSetTimeouts(session, connect, connect, int(options.sendTimeoutMs), int(options.receiveTimeoutMs))) {
+    if (!WinHttpSetTimeouts(session, connect, connect, int(options.sendTimeoutMs),
+                            int(options.receiveTimeoutMs))) {
         if (error) *error = systemErrorText(GetLastError());
         return nullptr;
     }
     // The wait for a response's head has a time-out of its own (90 s unless set), apart from the receive one.
     DWORD headTimeout = options.receiveTimeoutMs;
-    if (!WinHttpSetOption(session, WINHTTP_OPTION_RECEIVE_RESPONSE_TIMEOUT, &headTimeout, sizeof(headTimeout))) {
+    if (!WinHttpSetOption(session, WINHTTP_OPTION_RECEIVE_RESPONSE_TIMEOUT, &headTimeout,
+                          sizeof(headTimeout))) {
         if (error) *error = systemErrorText(GetLastError());
         return nullptr;
     }

@@ -23,6 +23,7 @@ struct WinHttpOptions {
 // Opens the session: the system's automatic proxy where it has one (Windows 8.1 and later), else the proxy
 // configured for WinHTTP; TLS 1.2 or later where the system allows choosing. Certificates are always checked.
 // Null with the system's reason when WinHTTP cannot be set up.
-std::unique_ptr<HttpTransport> openWinHttpTransport(const WinHttpOptions& options, std::wstring* error = nullptr);
+std::unique_ptr<HttpTransport> openWinHttpTransport(const WinHttpOptions& options,
+                                                    std::wstring* error = nullptr);
 
 } // namespace nv::update

@@ -1,7 +1,7 @@
-// The WinHTTP transport against real servers on 127.0.0.1: nginx as an operator's origin, and the fault server
-// for everything a bad network or a bad server does. servers/with_servers.py starts both and passes their
-// addresses (NV_FAULT_URL, NV_FAULT_TLS_URL, NV_NGINX_URL) and the folder they serve (NV_SERVED_DIR), into which
-// these tests write the files they fetch.
+// The WinHTTP transport against real servers on 127.0.0.1: nginx as an operator's origin, and the fault
+// server for everything a bad network or a bad server does. servers/with_servers.py starts both and passes
+// their addresses (NV_FAULT_URL, NV_FAULT_TLS_URL, NV_NGINX_URL) and the folder they serve (NV_SERVED_DIR),
+// into which these tests write the files they fetch.
 
 #include "update/win32/winhttp_transport.h"
 
@@ -66,7 +66,8 @@ public:
         at.QuadPart = LONGLONG(kFarOffset);
         DWORD written = 0;
         bool ok = SetFilePointerEx(h, at, nullptr, FILE_BEGIN) &&
-                  WriteFile(h, s.farBlock.data(), DWORD(s.farBlock.size()), &written, nullptr) && written == kFarSize;
+                  WriteFile(h, s.farBlock.data(), DWORD(s.farBlock.size()), &written, nullptr) &&
+                  written == kFarSize;
         CloseHandle(h);
         ASSERT_TRUE(ok);
         served = &s;
@@ -117,8 +118,8 @@ std::unique_ptr<HttpTransport> openTransport(uint32_t receiveTimeoutMs = 20000) 
     return t;
 }
 
-TransferResult fetch(HttpTransport& t, const std::string& url, std::optional<ByteRange> range, Collector& sink,
-                     bool noCache = false) {
+TransferResult fetch(HttpTransport& t, const std::string& url, std::optional<ByteRange> range,
+                     Collector& sink, bool noCache = false) {
     std::atomic<bool> cancel{false};
     HttpRequest request;
     request.url = url;
@@ -128,8 +129,8 @@ TransferResult fetch(HttpTransport& t, const std::string& url, std::optional<Byt
 }
 
 const char* errorName(TransferError e) {
-    static const char* const kNames[] = {"None",     "Cancelled", "Stopped",   "Resolve",  "Connect", "Timeout",
-                                         "Tls",      "Redirects", "ShortBody", "Protocol", "Other"};
+    static const char* const kNames[] = {"None", "Cancelled", "Stopped",   "Resolve",  "Connect", "Timeout",
+                                         "Tls",  "Redirects", "ShortBody", "Protocol", "Other"};
     return kNames[int(e)];
 }
 
@@ -151,16 +152,21 @@ const FetchCase kFetches[] = {
     {"encoded non-ASCII name", File::Unicode, std::nullopt, 200},
     {"range past 4 GiB", File::Big, ByteRange{kFarOffset + 10, kFarOffset + 1009}, 206},
     {"range across a hole into data", File::Big, ByteRange{kFarOffset - 5, kFarOffset + 5}, 206},
-    {"range at the very end", File::Big, ByteRange{kFarOffset + kFarSize - 3, kFarOffset + kFarSize - 1}, 206},
+    {"range at the very end", File::Big, ByteRange{kFarOffset + kFarSize - 3, kFarOffset + kFarSize - 1},
+     206},
     {"missing file", File::Missing, std::nullopt, 404},
 };
 
 const char* pathOf(File f) {
     switch (f) {
-    case File::Small: return "/small.bin";
-    case File::Unicode: return "/sub%20dir/%C3%BC%20file.bin";
-    case File::Big: return "/big.bin";
-    default: return "/missing.bin";
+    case File::Small:
+        return "/small.bin";
+    case File::Unicode:
+        return "/sub%20dir/%C3%BC%20file.bin";
+    case File::Big:
+        return "/big.bin";
+    default:
+        return "/missing.bin";
     }
 }
 
@@ -197,7 +203,8 @@ TEST(WinHttpTransport, FetchesWholeFilesAndRangesFromBothServers) {
     }
 }
 
-// --- What bad servers do -------------------------------------------------------------------------------------
+// --- What bad servers do
+// -------------------------------------------------------------------------------------
 
 enum class Body { Ignore, Requested, Whole, Shifted, StatusText };
 
@@ -216,7 +223,8 @@ struct FaultCase {
 const ByteRange kMid{1000, 50999};
 
 const FaultCase kFaults[] = {
-    {"200 instead of 206", "/~norange", kMid, TransferError::None, 200, Body::Whole, kSmallSize, kSmallSize, ""},
+    {"200 instead of 206", "/~norange", kMid, TransferError::None, 200, Body::Whole, kSmallSize, kSmallSize,
+     ""},
     {"cut range", "/~cut=1000", kMid, TransferError::ShortBody, 206, Body::Ignore, 1000, 50000},
     {"cut whole", "/~cut=1000", std::nullopt, TransferError::ShortBody, 200, Body::Ignore, 1000, kSmallSize},
     {"huge length declared", "/~length=4611686018427387904", std::nullopt, TransferError::ShortBody, 200,
@@ -225,22 +233,23 @@ const FaultCase kFaults[] = {
     {"chunked range", "/~chunked", kMid, TransferError::None, 206, Body::Requested, kNoLength, kNoLength,
      "1000-50999/300000"},
     {"close-delimited", "/~close", std::nullopt, TransferError::None, 200, Body::Whole},
-    {"close-delimited range cut short", "/~close/~cut=700", kMid, TransferError::ShortBody, 206, Body::Ignore, 700},
-    {"range moved by the server", "/~badrange", kMid, TransferError::None, 206, Body::Shifted, kNoLength, 50000,
-     "1001-51000/300000"},
+    {"close-delimited range cut short", "/~close/~cut=700", kMid, TransferError::ShortBody, 206, Body::Ignore,
+     700},
+    {"range moved by the server", "/~badrange", kMid, TransferError::None, 206, Body::Shifted, kNoLength,
+     50000, "1001-51000/300000"},
     {"other range claimed", "/~crange=bytes%205-9%2F10", kMid, TransferError::None, 206, Body::Requested,
      kNoLength, 50000, "5-9/10"},
-    {"unreadable range claimed", "/~crange=bytes%20x", kMid, TransferError::None, 206, Body::Requested, kNoLength,
-     50000, ""},
+    {"unreadable range claimed", "/~crange=bytes%20x", kMid, TransferError::None, 206, Body::Requested,
+     kNoLength, 50000, ""},
     {"404", "/~status=404", kMid, TransferError::None, 404, Body::StatusText, 11, 11},
     {"500", "/~status=500", std::nullopt, TransferError::None, 500, Body::StatusText, 11, 11},
     {"503", "/~status=503", kMid, TransferError::None, 503, Body::StatusText, 11, 11},
-    {"redirects within the limit", "/~redirect=5", kMid, TransferError::None, 206, Body::Requested, 50000, 50000,
-     "1000-50999/300000"},
+    {"redirects within the limit", "/~redirect=5", kMid, TransferError::None, 206, Body::Requested, 50000,
+     50000, "1000-50999/300000"},
     {"redirect loop", "/~loop", std::nullopt, TransferError::Redirects, 302, Body::Ignore},
     {"redirects past the limit", "/~redirect=6", std::nullopt, TransferError::Redirects, 302, Body::Ignore},
-    {"redirect to ftp", "/~location=ftp%3A%2F%2F127.0.0.1%2Fsmall.bin", std::nullopt, TransferError::Redirects,
-     302, Body::Ignore},
+    {"redirect to ftp", "/~location=ftp%3A%2F%2F127.0.0.1%2Fsmall.bin", std::nullopt,
+     TransferError::Redirects, 302, Body::Ignore},
     {"redirect to a file URL", "/~location=file%3A%2F%2F%2FC%3A%2Fwindows%2Fwin.ini", std::nullopt,
      TransferError::Redirects, 302, Body::Ignore},
 };
@@ -264,13 +273,20 @@ TEST(WinHttpTransport, ReportsWhatBadServersDo) {
         }
         ByteRange want = c.range.value_or(ByteRange{0, kSmallSize - 1});
         switch (c.body) {
-        case Body::Requested: EXPECT_TRUE(sink.body == slice(served->small, want.first, want.length())); break;
-        case Body::Whole: EXPECT_TRUE(sink.body == served->small); break;
-        case Body::Shifted: EXPECT_TRUE(sink.body == slice(served->small, want.first + 1, want.length())); break;
+        case Body::Requested:
+            EXPECT_TRUE(sink.body == slice(served->small, want.first, want.length()));
+            break;
+        case Body::Whole:
+            EXPECT_TRUE(sink.body == served->small);
+            break;
+        case Body::Shifted:
+            EXPECT_TRUE(sink.body == slice(served->small, want.first + 1, want.length()));
+            break;
         case Body::StatusText:
             EXPECT_EQ(test::textOf(sink.body), "status " + std::to_string(c.status) + "\n");
             break;
-        case Body::Ignore: break;
+        case Body::Ignore:
+            break;
         }
         if (c.contentRange) {
             std::string text;
@@ -315,7 +331,8 @@ TEST(WinHttpTransport, SendsRangeNoCacheAndItsNameAsTheServerLogShows) {
     Collector first, second, log;
     ASSERT_EQ(fetch(*t, served->fault + "/small.bin?tag=nocache", ByteRange{1, 2}, first, true).error,
               TransferError::None);
-    ASSERT_EQ(fetch(*t, served->fault + "/small.bin?tag=plain", std::nullopt, second).error, TransferError::None);
+    ASSERT_EQ(fetch(*t, served->fault + "/small.bin?tag=plain", std::nullopt, second).error,
+              TransferError::None);
     ASSERT_EQ(fetch(*t, served->fault + "/_log", std::nullopt, log).error, TransferError::None);
     std::string text = test::textOf(log.body);
     auto record = [&](const std::string& tag) {
@@ -346,7 +363,8 @@ TEST(WinHttpTransport, ASinkStopsAnEndlessBody) {
     EXPECT_LT(r.bodyBytes, sink.stopAfter + (1 << 20));
 }
 
-// --- Waiting and cancelling (every wait here is bounded by the receive timeout) -----------------------------
+// --- Waiting and cancelling (every wait here is bounded by the receive timeout)
+// -----------------------------
 
 constexpr uint32_t kShortTimeoutMs = 1500;
 constexpr double kSlackSeconds = 8.0; // the machine is shared: only an unbounded wait should fail these
@@ -443,7 +461,8 @@ TEST(WinHttpTransport, NamesFailuresBeforeAnyResponse) {
     }
 }
 
-// --- One transport, many threads ------------------------------------------------------------------------------
+// --- One transport, many threads
+// ------------------------------------------------------------------------------
 
 TEST(WinHttpTransport, SeveralThreadsShareOneTransport) {
     auto t = openTransport();
@@ -458,17 +477,19 @@ TEST(WinHttpTransport, SeveralThreadsShareOneTransport) {
                 // Alternating servers and files; every range differs.
                 bool big = (i + j) % 2 == 0;
                 std::string base = j % 3 == 0 ? served->fault : served->nginx;
-                uint64_t first = big ? kFarOffset + uint64_t(i * 997 + j * 131) : uint64_t(i * 20011 + j * 3001);
+                uint64_t first =
+                    big ? kFarOffset + uint64_t(i * 997 + j * 131) : uint64_t(i * 20011 + j * 3001);
                 ByteRange range{first, first + 4095 + uint64_t(i * 7)};
                 Collector sink;
                 TransferResult r = fetch(*t, base + (big ? "/big.bin" : "/small.bin"), range, sink);
-                Bytes expected =
-                    big ? bigSlice(range.first, range.length()) : slice(served->small, range.first, range.length());
+                Bytes expected = big ? bigSlice(range.first, range.length())
+                                     : slice(served->small, range.first, range.length());
                 if (r.error == TransferError::None && r.head.status == 206 && sink.body == expected) ++good;
             }
         });
     }
-    for (auto& th : threads) th.join();
+    for (auto& th : threads)
+        th.join();
     EXPECT_EQ(good.load(), kThreads * kEach);
 }
 
