@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 """A web server that misbehaves on request, for the update tests and benchmarks.
 
 It serves the files of one folder over HTTP/1.1 (keep-alive, a single byte range answered with 206 and its
@@ -30,19 +29,15 @@ GET /_log answers the request log as JSON lines (/_log?clear=1 empties it afterw
 path as asked and its query, the file, the Range and Cache-Control headers, the status and the body bytes
 sent, so a test can count what was fetched. The same records go to a file when one is given.
 
-Use it from Python (FaultServer(root).start(), .url, .requests(), .stop(), or as a context manager) or run it:
-    fault_server.py --root DIR [--port-file FILE] [--log FILE] [--tls-cert CERT --tls-key KEY]
-which prints the address and serves until SIGTERM or SIGINT.
+Use it from Python (FaultServer(root).start(), .url, .requests(), .stop(), or as a context manager), or around
+any program with with_servers.py.
 """
 
-import argparse
 import http.server
 import json
 import os
-import signal
 import socket
 import ssl
-import sys
 import threading
 import time
 import urllib.parse
@@ -413,31 +408,3 @@ class FaultServer:
         if not full.startswith(self.root + os.sep) or not os.path.isfile(full):
             return None
         return full
-
-
-def main():
-    parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
-    parser.add_argument("--root", required=True)
-    parser.add_argument("--port-file", help="write the port here once listening")
-    parser.add_argument("--log", help="append each request record to this file (JSON lines)")
-    parser.add_argument("--tls-cert")
-    parser.add_argument("--tls-key")
-    args = parser.parse_args()
-    tls = (args.tls_cert, args.tls_key) if args.tls_cert else None
-    server = FaultServer(args.root, args.log, tls).start()
-    done = threading.Event()
-    for sig in (signal.SIGTERM, signal.SIGINT):
-        signal.signal(sig, lambda *_: done.set())
-    if args.port_file:
-        with open(args.port_file + ".tmp", "w") as f:
-            f.write("%d\n" % server.port)
-        os.replace(args.port_file + ".tmp", args.port_file)
-    print(server.url, flush=True)
-    while not done.wait(0.5):
-        pass
-    server.stop()
-    return 0
-
-
-if __name__ == "__main__":
-    sys.exit(main())

@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 """nginx serving a folder on 127.0.0.1, as an operator's origin behind a CDN would: for tests and benchmarks.
 
 Everything nginx needs lives in a work folder of the caller's (generated config, pid file, temporary folders,
@@ -9,19 +8,15 @@ error log, access log), so it runs beside any system nginx without touching it:
         server.requests()   # one record a request: path, args, range, status, bytes sent, cache-control
 
 limit_rate caps each connection (an nginx size: "8m" is 8 MiB a second), so that parallel connections show.
-Run as a script it serves until SIGTERM or SIGINT:
-    nginx_harness.py --root DIR --work DIR [--limit-rate 8m] [--port-file FILE]
+Around any program: with_servers.py.
 """
 
-import argparse
 import json
 import os
 import shutil
 import signal
 import socket
 import subprocess
-import sys
-import threading
 import time
 
 START_TIMEOUT = 10.0
@@ -166,31 +161,3 @@ class Nginx:
             return []
         with open(self.access_log, encoding="utf-8") as f:
             return [json.loads(line) for line in f if line.strip()]
-
-
-def main():
-    parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
-    parser.add_argument("--root", required=True)
-    parser.add_argument("--work", required=True)
-    parser.add_argument("--limit-rate")
-    parser.add_argument("--port-file")
-    args = parser.parse_args()
-    server = Nginx(args.root, args.work, args.limit_rate).start()
-    done = threading.Event()
-    for sig in (signal.SIGTERM, signal.SIGINT):
-        signal.signal(sig, lambda *_: done.set())
-    if args.port_file:
-        with open(args.port_file + ".tmp", "w") as f:
-            f.write("%d\n" % server.port)
-        os.replace(args.port_file + ".tmp", args.port_file)
-    print(server.url, flush=True)
-    try:
-        while not done.wait(0.5):
-            pass
-    finally:
-        server.stop()
-    return 0
-
-
-if __name__ == "__main__":
-    sys.exit(main())
