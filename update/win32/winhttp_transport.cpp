@@ -118,7 +118,7 @@ private:
     const WinHttpOptions options_;
 };
 
-TransferResult fail(TransferResult& result, TransferError error, DWORD code = 0) {
+TransferResult& fail(TransferResult& result, TransferError error, DWORD code = 0) {
     result.error = error;
     result.systemCode = code;
     return result;
@@ -153,9 +153,9 @@ TransferResult WinHttpTransport::get(const HttpRequest& request, HttpBodySink& s
 
 bool WinHttpTransport::sendAndReceiveHead(const std::string& url, const HttpRequest& request, Exchange& ex,
                                           TransferResult& result) const {
-    auto systemFailure = [&](bool inBody = false) {
+    auto systemFailure = [&] {
         DWORD code = GetLastError();
-        fail(result, classify(code, inBody), code);
+        fail(result, classify(code, false), code);
         return false;
     };
 
