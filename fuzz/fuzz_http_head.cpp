@@ -1,7 +1,7 @@
-// A response head comes from any server on the way. Any bytes must end in a head or a refusal, and what is read
-// must hold together: a range in order, no Content-Length beside a transfer coding, a promised length that is
-// one of the head's own numbers. The head's Location, resolved against a fixed address and used as the base for
-// another, must give an http(s) address that a request line can carry as it is, or nothing.
+// A response head comes from any server on the way. Any bytes must end in a head or a refusal, and what is
+// read must hold together: a range in order, no Content-Length beside a transfer coding, a promised length
+// that is one of the head's own numbers. The head's Location, resolved against a fixed address and used as
+// the base for another, must give an http(s) address that a request line can carry as it is, or nothing.
 
 #include "update/http_head.h"
 
