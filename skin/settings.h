@@ -23,6 +23,27 @@ struct PatcherSettings {
     bool operator==(const PatcherSettings&) const = default;
 };
 
+// The keys of norvane.ini's [patcher] section as readPatcherSettings reads them: a text as it stands, a
+// number kept to its range (a value that is no number is the default), a switch read as yes/no (anything else
+// is the default). lint and the skin authors' reference go by this table; a test holds the reader to it.
+enum class SettingKind { Text, Number, Switch };
+struct SettingKey {
+    std::string_view key; // in the [patcher] section
+    SettingKind kind;
+    int low = 0, high = 0;        // Number: the range
+    std::string_view defaultText; // as the file would hold it
+};
+inline constexpr SettingKey kSettingKeys[] = {
+    {"title", SettingKind::Text, 0, 0, ""},
+    {"connections", SettingKind::Number, 1, 8, "4"},
+    {"segment_mb", SettingKind::Number, 1, 64, "4"},
+    {"close_on_start", SettingKind::Switch, 0, 0, "1"},
+    {"auto_start", SettingKind::Switch, 0, 0, "0"},
+    {"allow_start_on_error", SettingKind::Switch, 0, 0, "0"},
+    {"browser_emulation", SettingKind::Switch, 0, 0, "1"},
+    {"run_args", SettingKind::Text, 0, 0, ""},
+};
+
 // INI values addressed as "section.key" (both lower-cased), values trimmed, UTF-8.
 using IniValues = std::map<std::string, std::string>;
 

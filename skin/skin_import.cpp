@@ -2,6 +2,7 @@
 
 #include "core/text.h"
 #include "core/values.h"
+#include "skin/skin_schema.h"
 
 #include <algorithm>
 
@@ -99,7 +100,7 @@ SkinControl readControl(const XmlElement& e, uint32_t index, const LocaleTable& 
 }
 
 bool isFeedControl(const SkinControl& control) {
-    return control.id.starts_with("FEED_"); // the id is upper-cased, so any spelling counts
+    return control.id.starts_with(kFeedIdPrefix); // the id is upper-cased, so any spelling counts
 }
 
 } // namespace nv

@@ -11,6 +11,7 @@
 #include "skin/settings.h"
 #include "skin/skin_images.h"
 #include "skin/skin_model.h"
+#include "skin/skin_schema.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -68,12 +69,6 @@ private:
     std::vector<size_t> starts_;
     std::vector<size_t> checkpoints_; // characters before every kStep-th byte
 };
-
-constexpr std::string_view kRootAttributes[] = {"background_image", "feed_url", "feed_refresh"};
-constexpr std::string_view kControlAttributes[] = {
-    "type", "id",     "x",      "y",          "image",      "link_url", "exec_path", "enable_on_complete",
-    "text", "color",  "shadow", "bold",       "size",       "font",     "align",     "width",
-    "w",    "height", "h",      "image_full", "image_empty"};
 
 bool isKnown(std::span<const std::string_view> names, std::string_view name) {
     return std::find(names.begin(), names.end(), name) != names.end();
@@ -186,13 +181,13 @@ public:
         for (const SkinEntry& entry : files_.entries) {
             const std::string meant = utf8ReadAsCp437(entry.name);
             if (!meant.empty())
-                addLine(entry.name, 0, "zip-name-encoding",
-                        L"Dosya adı zip'e UTF-8 olarak, zip'in UTF-8 işareti olmadan yazılmış; kod sayfası "
-                        L"437 ile "
-                        L"okunuyor. Asıl adı: " +
-                            utf8ToWide(meant) +
-                            L". Zip'i 7-Zip ile ya da adları UTF-8 işaretiyle yazan bir araçla yeniden "
-                            L"oluşturun");
+                addLine(
+                    entry.name, 0, "zip-name-encoding",
+                    L"Dosya adı zip'e UTF-8 olarak, zip'in UTF-8 işareti olmadan yazılmış; kod sayfası 437 "
+                    L"ile okunuyor. Asıl adı: " +
+                        utf8ToWide(meant) +
+                        L". Zip'i 7-Zip ile ya da adları UTF-8 işaretiyle yazan bir araçla yeniden "
+                        L"oluşturun");
             else if (!used_.count(&entry.data.bytes()))
                 addLine(entry.name, 0, "unused-file",
                         L"Hiçbir yerde kullanılmayan dosya: " + utf8ToWide(entry.name));
@@ -397,6 +392,12 @@ private:
                               : L"Bilinmeyen kontrol türü: " + utf8ToWide(type)) +
                     L"; çizilmez (türler: button, text, gauge, iframe, image)");
         }
+        const ControlRole* role = controlRole(c.id);
+        if (role && c.kind != ControlKind::Unknown && c.kind != role->kind)
+            add("skin.xml", e.tagBegin, "wrong-kind",
+                std::wstring(L"Bu kimlik ") + utf8ToWide(controlKindName(role->kind)) +
+                    L" türündeki kontrolde anlam taşır; " + utf8ToWide(controlKindName(c.kind)) +
+                    L" olarak patcher ona bir şey yapmaz");
         checkAttributes(e, kControlAttributes);
         checkColor(e, "color", L"varsayılan beyaz kullanılıyor");
         checkColor(e, "shadow", L"gölge çizilmiyor");
@@ -415,42 +416,30 @@ private:
         // As the file has it: the section is the file's only one.
         const std::wstring shown =
             utf8ToWide((key.starts_with("patcher.") ? key.substr(8) : key) + "=" + value);
-        struct Known {
-            std::string_view key;
-            int high;         // numbers: 1..high; 0 for a switch or a text
-            int defaultValue; // numbers and switches
-        };
-        static constexpr Known kKnown[] = {
-            {"patcher.title", 0, -1},
-            {"patcher.run_args", 0, -1},
-            {"patcher.connections", 8, 4},
-            {"patcher.segment_mb", 64, 4},
-            {"patcher.close_on_start", 0, 1},
-            {"patcher.auto_start", 0, 0},
-            {"patcher.allow_start_on_error", 0, 0},
-            {"patcher.browser_emulation", 0, 1},
-        };
-        const Known* known = nullptr;
-        for (const Known& k : kKnown)
-            if (k.key == key) known = &k;
+        const SettingKey* known = nullptr;
+        for (const SettingKey& k : kSettingKeys)
+            if (key.starts_with("patcher.") && k.key == std::string_view(key).substr(8)) known = &k;
         if (!known) {
+            std::wstring names;
+            for (const SettingKey& k : kSettingKeys)
+                names += (names.empty() ? L"" : L", ") + utf8ToWide(k.key);
             addLine("norvane.ini", line, "unknown-setting",
                     L"Bilinmeyen ayar yok sayılıyor: " + utf8ToWide(key) +
-                        L" ([patcher] bölümünde okunanlar: title, connections, segment_mb, close_on_start, "
-                        L"auto_start, allow_start_on_error, browser_emulation, run_args)");
+                        L" ([patcher] bölümünde okunanlar: " + names + L")");
             return;
         }
-        const std::wstring fallback =
-            L"; varsayılan " + std::to_wstring(known->defaultValue) + L" kullanılıyor";
-        if (known->high > 0) {
+        const std::wstring fallback = L"; varsayılan " + utf8ToWide(known->defaultText) + L" kullanılıyor";
+        if (known->kind == SettingKind::Number) {
             const int parsed = parseInt(value, 0);
+            const std::wstring range = std::to_wstring(known->low) + L".." + std::to_wstring(known->high);
             if (parsed != parseInt(value, 1))
                 addLine("norvane.ini", line, "setting-default", shown + L" bir sayı değil" + fallback);
-            else if (parsed < 1 || parsed > known->high)
+            else if (parsed < known->low || parsed > known->high)
                 addLine("norvane.ini", line, "setting-clamped",
-                        shown + L" 1.." + std::to_wstring(known->high) + L" aralığında değil; " +
-                            std::to_wstring(std::clamp(parsed, 1, known->high)) + L" kullanılıyor");
-        } else if (known->defaultValue >= 0 && parseYesNo(value, false) != parseYesNo(value, true)) {
+                        shown + L" " + range + L" aralığında değil; " +
+                            std::to_wstring(std::clamp(parsed, known->low, known->high)) + L" kullanılıyor");
+        } else if (known->kind == SettingKind::Switch &&
+                   parseYesNo(value, false) != parseYesNo(value, true)) {
             addLine("norvane.ini", line, "setting-default",
                     shown + L" okunamadı (1/0, evet/hayır, yes/no, true/false, on/off)" + fallback);
         }

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+
 namespace nv {
 namespace {
 
@@ -50,6 +52,48 @@ TEST(IniText, DropsTheUtf8MarkAndConvertsUtf16WithAMark) {
     };
     for (const auto& [bytes, text] : cases)
         EXPECT_EQ(iniText(bytes), text) << test::textOf(bytes);
+}
+
+} // namespace
+} // namespace nv
+
+namespace nv {
+namespace {
+
+// The table that lint and the skin authors' reference go by describes the reader exactly: the same keys as
+// the written file has, each number kept to its range and defaulting when it is no number, each switch
+// defaulting when it reads as neither. The values read are seen through the writer, key by key.
+TEST(PatcherSettings, TheKeyTableIsWhatTheReaderDoes) {
+    auto readBack = [](const std::string& line) {
+        return parseIni(writePatcherSettings(readPatcherSettingsFile(test::bytesOf("[patcher]\n" + line))));
+    };
+    std::set<std::string> tableKeys, writtenKeys;
+    for (const auto& [key, value] : parseIni(writePatcherSettings({})))
+        writtenKeys.insert(key);
+    for (const SettingKey& k : kSettingKeys) {
+        const std::string key(k.key), full = "patcher." + key;
+        tableKeys.insert(full);
+        EXPECT_EQ(readBack("").at(full), k.defaultText) << key;
+        switch (k.kind) {
+        case SettingKind::Number:
+            EXPECT_EQ(readBack(key + "=" + std::to_string(k.high + 1)).at(full), std::to_string(k.high))
+                << key;
+            EXPECT_EQ(readBack(key + "=" + std::to_string(k.low - 1)).at(full), std::to_string(k.low)) << key;
+            EXPECT_EQ(readBack(key + "=" + std::to_string(k.high)).at(full), std::to_string(k.high)) << key;
+            EXPECT_EQ(readBack(key + "=x").at(full), k.defaultText) << key;
+            break;
+        case SettingKind::Switch:
+            EXPECT_EQ(readBack(key + "=maybe").at(full), k.defaultText) << key;
+            EXPECT_EQ(readBack(key + "=" + (k.defaultText == "1" ? "hayir" : "evet")).at(full),
+                      k.defaultText == "1" ? "0" : "1")
+                << key;
+            break;
+        case SettingKind::Text:
+            EXPECT_EQ(readBack(key + "=I\xC5\x9F\xC4\xB1k 2").at(full), "I\xC5\x9F\xC4\xB1k 2") << key;
+            break;
+        }
+    }
+    EXPECT_EQ(tableKeys, writtenKeys);
 }
 
 } // namespace

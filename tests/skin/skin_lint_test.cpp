@@ -87,6 +87,11 @@ TEST(SkinLint, EachMistakeGivesOneFindingWithItsPlaceOnASkinTheLoaderCallsSound)
         {"<control type='text' id='ŞÖĞÜ' width='9' colour='#FFFFFF'/>",
          "skin.xml:2:50 unknown-attribute [ŞÖĞÜ]", "colour"},
         {"<Control type='text'/>", "skin.xml:2:1 unknown-element", "Control"},
+        // An id the patcher acts on, on a control of another kind: the patcher passes it by.
+        {"<control type='text' id='progress_main' width='9'/>", "skin.xml:2:1 wrong-kind [PROGRESS_MAIN]",
+         "gauge"},
+        {"<control type='image' id='URL_SITE' image='i.png'/>", "skin.xml:2:1 wrong-kind [URL_SITE]",
+         "button", with("i.png", icon)},
         {"", "norvane.ini:3:0 setting-clamped", "8", ini("; x\r\n[patcher]\r\nconnections=20\r\n")},
         {"", "norvane.ini:2:0 setting-default", "segment_mb=8MB", ini("[Patcher]\nsegment_mb = 8MB\n")},
         {"", "norvane.ini:2:0 setting-default", "maybe", ini("[patcher]\rauto_start=maybe\r")},
