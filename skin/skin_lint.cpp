@@ -441,7 +441,7 @@ private:
         } else if (known->kind == SettingKind::Switch &&
                    parseYesNo(value, false) != parseYesNo(value, true)) {
             addLine("norvane.ini", line, "setting-default",
-                    shown + L" okunamadı (1/0, evet/hayır, yes/no, true/false, on/off)" + fallback);
+                    shown + L" okunamadı (1/0, evet/hayir, yes/no, true/false, on/off)" + fallback);
         }
     }
 
