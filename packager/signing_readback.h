@@ -30,9 +30,9 @@ std::vector<std::wstring> signatureLines(const SignatureInfo& info);
 std::wstring utcTimeText(int64_t secondsSince1970);
 
 // The time in an RFC 3161 time-stamp token (a ContentInfo holding SignedData whose content is a TSTInfo): the
-// TSTInfo's genTime, a GeneralizedTime "YYYYMMDDHHMMSS[.fraction]Z", as seconds since 1970 UTC. Read here
-// because Wine's crypt32 gives neither the token's content nor a decoded TIMESTAMP_INFO. False when the bytes
-// are no such token.
+// TSTInfo's genTime, a GeneralizedTime "YYYYMMDDHHMMSS[.fraction]Z", as seconds since 1970 UTC. Walked here
+// rather than through crypt32: Wine's has no TIMESTAMP_INFO decoder and hands the token's content back still
+// wrapped in its OCTET STRING. False when the bytes are no such token.
 bool timestampTokenTime(const uint8_t* token, size_t size, int64_t& seconds);
 
 enum class PeSignatureState : uint8_t {
