@@ -104,7 +104,7 @@ SignCommands signCommands(const std::wstring& tool, const SigningOptions& option
     std::wstring base = quoteProgram(tool) + L" sign /fd SHA256";
     switch (options.source) {
     case SigningSource::PfxFile:
-        base += L" /f " + quoteArgument(trim(options.pfxPath));
+        base += L" /f " + quoteArgument(options.pfxPath);
         if (!options.pfxPassword.empty()) base += L" /p " + quoteArgument(options.pfxPassword);
         break;
     case SigningSource::Store: {

@@ -14,7 +14,8 @@ packages=(
     python3 zip p7zip-full libarchive-tools   # test fixtures: archives from several real archivers
     libjpeg-turbo-progs             # cjpeg, for the JPEG fixtures of scripts/make-image-fixtures.py
     fonts-inter fonts-dejavu-core   # free look-alikes of Segoe UI, Tahoma and Consolas (snapshots, text under Wine)
-    openssl osslsigncode            # signing tests: a test certificate and time-stamping authority, real signatures
+    nginx-light curl aria2 openssl  # transfer tests and benchmarks: a real web server, referee clients, TLS keys
+    osslsigncode                    # signing tests: real signatures and time stamps on a test file (with openssl)
 )
 
 missing=()
