@@ -20,14 +20,10 @@ void say(BuildLogFn log, void* context, const std::wstring& line) {
     if (log) log(context, line);
 }
 
+// A variable that is set, even to nothing, needs room for its terminator: 0 means it is not set.
 bool environmentValue(const std::wstring& name, std::wstring& value) {
     DWORD n = GetEnvironmentVariableW(name.c_str(), nullptr, 0);
-    if (n == 0) {
-        // Set but empty reports 0 as well, with no error.
-        if (GetLastError() == ERROR_ENVVAR_NOT_FOUND) return false;
-        value.clear();
-        return true;
-    }
+    if (n == 0) return false;
     std::wstring buffer(n, L'\0');
     n = GetEnvironmentVariableW(name.c_str(), buffer.data(), n);
     buffer.resize(n);

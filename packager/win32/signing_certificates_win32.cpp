@@ -11,6 +11,7 @@
 #include <wincrypt.h>
 
 #include <cstring>
+#include <memory>
 #include <vector>
 
 namespace nv {
@@ -19,69 +20,32 @@ namespace {
 constexpr DWORD kEncoding = X509_ASN_ENCODING | PKCS_7_ASN_ENCODING;
 constexpr size_t kSha1Size = 20;
 
-class ScopedStore {
-public:
-    explicit ScopedStore(HCERTSTORE store = nullptr) : store_(store) {}
-    ~ScopedStore() {
-        if (store_) CertCloseStore(store_, 0);
-    }
-    ScopedStore(const ScopedStore&) = delete;
-    ScopedStore& operator=(const ScopedStore&) = delete;
-    HCERTSTORE get() const { return store_; }
-    HCERTSTORE* out() { return &store_; }
-
-private:
-    HCERTSTORE store_;
+// Owners for crypt32's objects, each released by its own function on every path out of a scope.
+struct CloseStore {
+    void operator()(HCERTSTORE store) const { CertCloseStore(store, 0); }
 };
-
-class ScopedCertificate {
-public:
-    explicit ScopedCertificate(PCCERT_CONTEXT certificate) : certificate_(certificate) {}
-    ~ScopedCertificate() {
-        if (certificate_) CertFreeCertificateContext(certificate_);
-    }
-    ScopedCertificate(const ScopedCertificate&) = delete;
-    ScopedCertificate& operator=(const ScopedCertificate&) = delete;
-    PCCERT_CONTEXT get() const { return certificate_; }
-
-private:
-    PCCERT_CONTEXT certificate_;
+struct FreeCertificate {
+    void operator()(PCCERT_CONTEXT certificate) const { CertFreeCertificateContext(certificate); }
 };
-
-class ScopedMessage {
-public:
-    explicit ScopedMessage(HCRYPTMSG message = nullptr) : message_(message) {}
-    ~ScopedMessage() {
-        if (message_) CryptMsgClose(message_);
-    }
-    ScopedMessage(const ScopedMessage&) = delete;
-    ScopedMessage& operator=(const ScopedMessage&) = delete;
-    HCRYPTMSG get() const { return message_; }
-    HCRYPTMSG* out() { return &message_; }
-
-private:
-    HCRYPTMSG message_;
+struct CloseMessage {
+    void operator()(HCRYPTMSG message) const { CryptMsgClose(message); }
 };
-
-// A structure that CryptDecodeObjectEx allocated with LocalAlloc.
-template <class T> class DecodedObject {
-public:
-    DecodedObject() = default;
-    ~DecodedObject() {
-        if (object_) LocalFree(object_);
-    }
-    DecodedObject(const DecodedObject&) = delete;
-    DecodedObject& operator=(const DecodedObject&) = delete;
-    bool decode(LPCSTR type, const CRYPT_DATA_BLOB& blob) {
-        DWORD size = 0;
-        return CryptDecodeObjectEx(kEncoding, type, blob.pbData, blob.cbData, CRYPT_DECODE_ALLOC_FLAG,
-                                   nullptr, &object_, &size) != 0;
-    }
-    const T* operator->() const { return object_; }
-
-private:
-    T* object_ = nullptr;
+struct FreeLocal {
+    void operator()(void* memory) const { LocalFree(memory); }
 };
+using ScopedStore = std::unique_ptr<void, CloseStore>;
+using ScopedCertificate = std::unique_ptr<const CERT_CONTEXT, FreeCertificate>;
+using ScopedMessage = std::unique_ptr<void, CloseMessage>;
+
+// A structure that CryptDecodeObjectEx allocates with LocalAlloc.
+template <class T> std::unique_ptr<T, FreeLocal> decodeObject(LPCSTR type, const CRYPT_DATA_BLOB& blob) {
+    T* object = nullptr;
+    DWORD size = 0;
+    if (!CryptDecodeObjectEx(kEncoding, type, blob.pbData, blob.cbData, CRYPT_DECODE_ALLOC_FLAG, nullptr,
+                             &object, &size))
+        object = nullptr;
+    return std::unique_ptr<T, FreeLocal>(object);
+}
 
 std::wstring hexText(const BYTE* bytes, size_t size) {
     static const wchar_t digits[] = L"0123456789ABCDEF";
@@ -120,8 +84,8 @@ bool messageParameter(HCRYPTMSG message, DWORD type, std::vector<BYTE>& out) {
 
 // The older countersignature is a signer info whose signed attributes hold the signing time.
 int64_t counterSignatureTime(const CRYPT_ATTR_BLOB& value) {
-    DecodedObject<CMSG_SIGNER_INFO> signer;
-    if (!signer.decode(PKCS7_SIGNER_INFO, value)) return 0;
+    const auto signer = decodeObject<CMSG_SIGNER_INFO>(PKCS7_SIGNER_INFO, value);
+    if (!signer) return 0;
     for (DWORD i = 0; i < signer->AuthAttrs.cAttr; ++i) {
         const CRYPT_ATTRIBUTE& attribute = signer->AuthAttrs.rgAttr[i];
         if (std::strcmp(attribute.pszObjId, szOID_RSA_signingTime) != 0 || attribute.cValue == 0) continue;
@@ -225,12 +189,14 @@ bool readSignature(const std::wstring& file, SignatureInfo& info, std::wstring& 
     }
 
     DWORD encoding = 0, contentType = 0, format = 0;
-    ScopedStore certificates;
-    ScopedMessage signedMessage;
-    if (!CryptQueryObject(CERT_QUERY_OBJECT_BLOB, &pkcs7, CERT_QUERY_CONTENT_FLAG_PKCS7_SIGNED,
-                          CERT_QUERY_FORMAT_FLAG_BINARY, 0, &encoding, &contentType, &format,
-                          certificates.out(), signedMessage.out(), nullptr))
-        return unreadable(message);
+    HCERTSTORE storeHandle = nullptr;
+    HCRYPTMSG messageHandle = nullptr;
+    const BOOL parsed = CryptQueryObject(CERT_QUERY_OBJECT_BLOB, &pkcs7, CERT_QUERY_CONTENT_FLAG_PKCS7_SIGNED,
+                                         CERT_QUERY_FORMAT_FLAG_BINARY, 0, &encoding, &contentType, &format,
+                                         &storeHandle, &messageHandle, nullptr);
+    ScopedStore certificates(storeHandle);
+    ScopedMessage signedMessage(messageHandle);
+    if (!parsed) return unreadable(message);
     std::vector<BYTE> signerBytes;
     if (!messageParameter(signedMessage.get(), CMSG_SIGNER_INFO_PARAM, signerBytes))
         return unreadable(message);
