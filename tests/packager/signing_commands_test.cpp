@@ -75,18 +75,6 @@ TEST(SigningCommands, EachSourceSignsWithItsOwnSwitches) {
     }
 }
 
-TEST(SigningCommands, HostileValuesAreQuotedAndTheProductLosesItsQuotes) {
-    SigningOptions options = withSource(SigningSource::PfxFile);
-    options.pfxPath = L"C:\\Sertifikalar\\";
-    options.pfxPassword = L"a\"b\\\" c\\";
-    const SignCommands commands =
-        signCommands(kTool, options, L"C:\\Yeni \"klasör\\Kaldra.exe", L"Kaldra \"Online\" \\");
-    EXPECT_EQ(commands.plain,
-              L"\"" + kTool +
-                  L"\" sign /fd SHA256 /f \"C:\\Sertifikalar\\\\\" /p \"a\\\"b\\\\\\\" c\\\\\" "
-                  L"/d \"Kaldra 'Online' \\\\\" \"C:\\Yeni \\\"klasör\\Kaldra.exe\"");
-}
-
 TEST(SigningCommands, TimestampServersInOrderWithoutBlanksOrRepeats) {
     SigningOptions options;
     options.timestampUrl = L" http://a.example ";

@@ -15,24 +15,6 @@ TEST(SigningReadback, UtcTimesAcrossLeapDaysAndCenturies) {
         EXPECT_EQ(utcTimeText(seconds), text) << seconds;
 }
 
-TEST(SigningReadback, LinesNameTheSignerAndTheKindOfTimestamp) {
-    SignatureInfo info;
-    info.subject = L"Kaldra Yazılım";
-    info.thumbprint = L"C10DF4E98CEBB0F2A430F461D394FE635438C268";
-    const std::pair<TimestampKind, int64_t> stamps[] = {
-        {TimestampKind::None, 0}, {TimestampKind::Rfc3161, 951782400}, {TimestampKind::Authenticode, 0}};
-    const wchar_t* expected[] = {L"Zaman damgası: yok", L"Zaman damgası: 2000-02-29 00:00:00 UTC (RFC 3161)",
-                                 L"Zaman damgası: var (Authenticode)"};
-    for (size_t i = 0; i < 3; ++i) {
-        info.timestamp = stamps[i].first;
-        info.timestampTime = stamps[i].second;
-        const std::vector<std::wstring> lines = {L"İmzalayan: Kaldra Yazılım",
-                                                 L"Parmak izi: C10DF4E98CEBB0F2A430F461D394FE635438C268",
-                                                 expected[i]};
-        EXPECT_EQ(signatureLines(info), lines);
-    }
-}
-
 std::string der(uint8_t tag, const std::string& body) {
     std::string length = body.size() < 0x80 ? std::string(1, char(body.size()))
                                             : std::string{'\x82', char(body.size() >> 8), char(body.size())};
