@@ -165,8 +165,8 @@ void PatcherWindow::pointerChanged(bool changed) {
 }
 
 void PatcherWindow::redraw() {
-    GdiFlush(); // GDI may still be reading the bits
-    renderScene(scene_, states_, preview_, frame_.bits());
+    GdiFlush();                                                     // GDI may still be reading the bits
+    renderScene(scene_, states_, /*drawNews=*/true, frame_.bits()); // the window hosts no web browser
     present();
 }
 
