@@ -76,6 +76,15 @@ TEST(Feed, ItsControlsShowTheStatusTheMessageWhereAskedThePlayersAndTheHeadlines
     EXPECT_EQ(preview[4].headlines.size(), 3u);
 }
 
+TEST(Feed, LampPicturesAreNamedAfterTheStatusWhateverTheSkinNamesItsOwn) {
+    const std::array<std::string, kFeedStatusCount> lamp = {"lamp_nodata.png", "lamp_online.png",
+                                                            "lamp_maintenance.png", "lamp_offline.png"};
+    EXPECT_EQ(lampPictureNames("lamp_online.png"), lamp);
+    EXPECT_EQ(lampPictureNames("lamp.png"), lamp);
+    EXPECT_EQ(lampPictureNames("img/Lamp_OFFLINE.PNG")[2], "img/Lamp_maintenance.PNG");
+    EXPECT_EQ(lampPictureNames("online")[1], "online_online");
+}
+
 TEST(Feed, TheLampShowsTheSkinsPictureOfTheStatusElseItsOwnTinted) {
     // The skin ships the online and offline pictures; its own picture has a full and a half-light pixel and
     // a half-transparent one.
@@ -109,54 +118,9 @@ TEST(Feed, TheLampShowsTheSkinsPictureOfTheStatusElseItsOwnTinted) {
             states[0].lamp = c.status;
             const std::vector<uint32_t> pixels = test::render(scene, states);
             EXPECT_EQ(pixels[0], 0xFF000000u);
-            for (size_t x = 0; x < 3;
-                 ++x) // the half-transparent pixel is over black: as dark as the half-light one
+            // The half-transparent pixel is over black: as dark as the half-light one.
+            for (size_t x = 0; x < 3; ++x)
                 EXPECT_EQ(pixels[x + 1], c.shown[x]) << x;
-        }
-    }
-}
-
-TEST(Feed, NewsRowsFitWholeInsideTheAreaWithADateColumnWhereThereIsRoom) {
-    struct Case {
-        int width, height, size;
-        size_t headlines, rows;
-        bool dated;
-    } cases[] = {
-        {556, 198, 12, 3, 3, true},  // the sample's area: every headline
-        {556, 198, 12, 20, 6, true}, // as many as fit: 6 lines of 28 px in 198 - 12
-        {556, 198, 20, 20, 3, true}, // larger text, fewer lines: 47 px
-        {556, 40, 12, 5, 1, true},   //
-        {556, 39, 12, 5, 0, true},   // not one whole line
-        {202, 100, 12, 2, 2, true},  // a date column of 106 px and a title of at least 4 em
-        {201, 100, 12, 2, 2, false}, // too narrow for the dates: titles only
-        {15, 100, 12, 2, 0, false},  // no room between the paddings
-        {556, 198, 12, 0, 0, true},  //
-        {-5, 198, 12, 3, 0, true},   // no area at all
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(testing::Message() << c.width << "x" << c.height << " size " << c.size);
-        SkinControl area;
-        area.kind = ControlKind::Iframe;
-        area.x = 7;
-        area.y = 9;
-        area.width = c.width;
-        area.height = c.height;
-        area.size = c.size;
-        const std::vector<NewsRow> rows = newsRows(area, c.headlines);
-        ASSERT_EQ(rows.size(), c.rows);
-        const Box box = Box::at(area.x, area.y, area.width, area.height);
-        for (size_t i = 0; i < rows.size(); ++i) {
-            const NewsRow& row = rows[i];
-            EXPECT_EQ(row.row.intersect(box).x0, row.row.x0);
-            EXPECT_TRUE(row.row.y1 <= box.y1 && row.row.x1 <= box.x1 && row.row.x0 >= box.x0);
-            if (i > 0) {
-                EXPECT_EQ(row.row.y0, rows[i - 1].row.y1); // one under the other, no overlap
-            }
-            EXPECT_GE(row.row.y1 - row.row.y0, c.size + 6);
-            EXPECT_EQ(row.date.empty(), !c.dated);
-            if (c.dated) {
-                EXPECT_TRUE(row.title.x1 < row.date.x0 && row.date.x1 == row.row.x1);
-            }
         }
     }
 }
@@ -164,15 +128,18 @@ TEST(Feed, NewsRowsFitWholeInsideTheAreaWithADateColumnWhereThereIsRoom) {
 TEST(Feed, AHeadlineIsHitWhereItsLineIsDrawn) {
     const PatcherScene scene =
         TestSkin(300, 200, 0xFF000000)
-            .controls("<control type='iframe' id='NEWS' x='20' y='30' w='200' h='100'/>"
+            .controls("<control type='iframe' id='NEWS' x='20' y='30' w='240' h='100'/>"
                       "<control type='button' id='OVER' x='150' y='40' w='10' h='10'/>")
             .scene();
     std::vector<ControlState> states = defaultStates(scene);
     applyFeed(scene, feedOf(FeedStatus::Online, 1, L"", 5), states);
     const std::vector<NewsRow> rows = newsRows(scene.controls[0], 5);
-    ASSERT_EQ(rows.size(), 3u); // 5 headlines, room for 3
+    ASSERT_EQ(rows.size(), 3u); // 5 headlines, room for 3 lines of 28 px in 100 - 2 * 6
     for (size_t i = 0; i < rows.size(); ++i) {
         const Box& r = rows[i].row;
+        EXPECT_TRUE(r.x0 >= 20 && r.x1 <= 260 && r.y1 <= 130 && r.y1 - r.y0 == 28);
+        EXPECT_TRUE(rows[i].title.x1 < rows[i].date.x0 && rows[i].date.x1 == r.x1); // a date column fits
+        EXPECT_EQ(i ? rows[i - 1].row.y1 : r.y0, r.y0);                             // one under the other
         for (auto [x, y] : {std::pair{r.x0, r.y0}, std::pair{r.x1 - 1, r.y1 - 1}}) {
             const HeadlineHit hit = headlineAt(scene, states, int(x), int(y));
             EXPECT_EQ(hit.control, 0);
@@ -181,26 +148,13 @@ TEST(Feed, AHeadlineIsHitWhereItsLineIsDrawn) {
     }
     struct Miss {
         int x, y;
-    } misses[] = {{25, 100}, {int(rows[0].row.x1), int(rows[0].row.y0)}, {100, int(rows[2].row.y1)}, {5, 5}};
-    for (const Miss& m : misses) // the padding, below the last line, outside the area
+    } misses[] = {
+        {25, 100}, {int(rows[0].row.x1), int(rows[0].row.y0)}, {100, int(rows[2].row.y1)}, {5, 5}, {155, 45}};
+    for (const Miss& m : misses) // the padding, below the last line, outside the area, a button over it
         EXPECT_EQ(headlineAt(scene, states, m.x, m.y).headline, -1) << m.x << "," << m.y;
     states[0].headlines.resize(1);
     EXPECT_EQ(headlineAt(scene, states, int(rows[1].row.x0), int(rows[1].row.y0)).headline, -1);
     EXPECT_EQ(headlineAt(scene, states, 0, 0).control, -1);
-}
-
-TEST(Feed, TheNewsAreaIsDrawnUnlessTheBrowserShowsIt) {
-    const PatcherScene scene = TestSkin(60, 50, 0xFF204060)
-                                   .controls("<control type='iframe' id='NEWS' x='5' y='5' w='40' h='30'/>")
-                                   .scene();
-    std::vector<ControlState> states = defaultStates(scene);
-    applyPreviewSamples(scene, states);
-    EXPECT_EQ(test::render(scene, states, false), test::backgroundOf(scene));
-    const std::vector<uint32_t> drawn = test::render(scene, states, true);
-    for (auto [x, y] : {std::pair{5, 5}, std::pair{44, 34}, std::pair{20, 20}})
-        EXPECT_NE(drawn[size_t(y) * 60 + size_t(x)], 0xFF204060u) << x << "," << y;
-    for (auto [x, y] : {std::pair{4, 5}, std::pair{45, 20}, std::pair{20, 35}})
-        EXPECT_EQ(drawn[size_t(y) * 60 + size_t(x)], 0xFF204060u) << x << "," << y;
 }
 
 } // namespace

@@ -48,35 +48,20 @@ TEST(Feed, AFullDocumentReadsWithHeadlinesNewestFirstAndUnknownMembersIgnored) {
     EXPECT_EQ(feed.headlines[0].url, L"HTTP://kaldra.example/b?x=1#y");
 }
 
-TEST(Feed, TheSmallestFeedsAndTheirLimits) {
-    struct Case {
-        std::string document;
-        FeedStatus status;
-        int64_t players;
-        size_t headlines;
-    } cases[] = {
-        {R"({"status":"offline","players":0})", FeedStatus::Offline, 0, 0},
-        {"\xEF\xBB\xBF" + feedWith(R"("news": [], "message": "")"), FeedStatus::Online, 7, 0},
-        {R"({"players": 100000000, "status": "online"})", FeedStatus::Online, 100000000, 0},
-        {feedWith(R"("message": ")" + std::string(200, 'm') + R"(")"), FeedStatus::Online, 7, 0},
-        {feedWith(R"("news": [)" +
-                  [] {
-                      std::string items;
-                      for (int i = 0; i < 20; ++i)
-                          items += (i ? "," : "") + headline(std::string(200, 'T'), "2024-02-29",
-                                                             "https://k.example/" + std::string(2029, 'p'));
-                      return items;
-                  }() +
-                  "]"),
-         FeedStatus::Online, 7, 20},
+TEST(Feed, TheSmallestFeedAndOneAtEveryLimitRead) {
+    std::string full;
+    for (int i = 0; i < 20; ++i)
+        full += (i ? "," : "") + headline(std::string(200, 'T'), "2024-02-29",
+                                          "https://k.example/" + std::string(2030, 'p')); // 2048 bytes
+    const std::string documents[] = {
+        R"({"status":"offline","players":0})",
+        "\xEF\xBB\xBF" + feedWith(R"("news": [], "message": "")"),
+        R"({"players": 100000000, "status": "online", "message": ")" + std::string(200, 'm') +
+            R"(", "news": [)" + full + "]}",
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.document.substr(0, 80));
+    for (const std::string& document : documents) {
         ServerFeed feed;
-        ASSERT_TRUE(parseFeed(c.document, feed));
-        EXPECT_EQ(feed.status, c.status);
-        EXPECT_EQ(feed.players, c.players);
-        EXPECT_EQ(feed.headlines.size(), c.headlines);
+        EXPECT_TRUE(parseFeed(document, feed)) << document.substr(0, 80);
     }
 }
 
@@ -100,22 +85,17 @@ TEST(Feed, AnythingElseIsRefusedWholeWithAMessageThatSaysWhat) {
         // Status.
         {R"({"players": 7})", L"\"status\" yok"},
         {R"({"status": "Online", "players": 7})", L"online, maintenance ya da offline olmalı: \"Online\""},
-        {R"({"status": 1, "players": 7})", L"online, maintenance ya da offline"},
         // Players: integers in range only.
         {R"({"status": "online"})", L"\"players\" yok"},
         {R"({"status": "online", "players": -1})", L"\"players\" 0 ile 100000000"},
-        {R"({"status": "online", "players": 100000001})", L"\"players\""},
         {R"({"status": "online", "players": 12.0})", L"\"players\""},
-        {R"({"status": "online", "players": 1e3})", L"\"players\""},
         {R"({"status": "online", "players": "12"})", L"\"players\""},
         {R"({"status": "online", "players": 99999999999999999999999})", L"\"players\""},
         // Message: one line, bounded.
         {feedWith(R"("message": ")" + std::string(201, 'm') + R"(")"), L"\"message\""},
         {feedWith(R"("message": "iki\nsatır")"), L"\"message\""},
         {feedWith(R"("message": "a\u2028b")"), L"\"message\""},
-        {feedWith(R"("message": "a\u0085b")"), L"\"message\""},
         {feedWith(R"("message": "a\u0000b")"), L"\"message\""},
-        {feedWith(R"("message": 5)"), L"\"message\""},
         // News: an array of at most 20 objects, each fully valid.
         {feedWith(R"("news": {})"), L"\"news\" bir dizi"},
         {feedWith(R"("news": )" + many), L"en çok 20 haber tutabilir; 21 var"},
@@ -123,23 +103,18 @@ TEST(Feed, AnythingElseIsRefusedWholeWithAMessageThatSaysWhat) {
         {feedWith(R"("news": [)" + headline("a", "2024-01-01", "https://k.example/") + "," +
                   headline("", "2024-01-01", "https://k.example/") + "]"),
          L"2. haber: \"title\""},
-        {feedWith(R"("news": [)" + headline("  ", "2024-01-01", "https://k.example/") + "]"), L"\"title\""},
         {feedWith(R"("news": [)" + headline(std::string(201, 'T'), "2024-01-01", "https://k.example/") + "]"),
          L"\"title\""},
         {feedWith(R"("news": [{"date": "2024-01-01", "url": "https://k.example/"}])"), L"\"title\""},
         {feedWith(R"("news": [)" + headline("a", "2023-02-29", "https://k.example/") + "]"), L"\"date\""},
-        {feedWith(R"("news": [)" + headline("a", "2024-13-01", "https://k.example/") + "]"), L"\"date\""},
         {feedWith(R"("news": [)" + headline("a", "2024-04-31", "https://k.example/") + "]"), L"\"date\""},
-        {feedWith(R"("news": [)" + headline("a", "2024-6-14", "https://k.example/") + "]"), L"\"date\""},
         {feedWith(R"("news": [)" + headline("a", "14.06.2024", "https://k.example/") + "]"), L"\"date\""},
         {feedWith(R"("news": [)" + headline("a", "2024-06-14T10:00:00Z", "https://k.example/") + "]"),
          L"\"date\""},
         {feedWith(R"("news": [)" + headline("a", "2024-01-01", "javascript:alert(1)") + "]"), L"\"url\""},
-        {feedWith(R"("news": [)" + headline("a", "2024-01-01", "file:///C:/x") + "]"), L"\"url\""},
         {feedWith(R"("news": [)" + headline("a", "2024-01-01", "https://") + "]"), L"\"url\""},
         {feedWith(R"("news": [)" + headline("a", "2024-01-01", "https:///yol") + "]"), L"\"url\""},
         {feedWith(R"("news": [)" + headline("a", "2024-01-01", "https://k.example/a b") + "]"), L"\"url\""},
-        {feedWith(R"("news": [)" + headline("a", "2024-01-01", "//k.example/") + "]"), L"\"url\""},
         {feedWith(R"("news": [)" +
                   headline("a", "2024-01-01", "https://k.example/" + std::string(2031, 'p')) + "]"),
          L"\"url\""},
@@ -156,26 +131,17 @@ TEST(Feed, AnythingElseIsRefusedWholeWithAMessageThatSaysWhat) {
 }
 
 TEST(FeedRefresh, TheIntervalIsBoundedAndFailuresRetryAtTheSamePace) {
-    const std::pair<int, int> bounds[] = {{-5, 30},       {0, 30},        {1, 30},
-                                          {29, 30},       {30, 30},       {60, 60},
-                                          {86400, 86400}, {86401, 86400}, {INT32_MAX, 86400}};
-    for (const auto& [skin, seconds] : bounds)
+    for (auto [skin, seconds] : {std::pair{-5, 30}, {29, 30}, {60, 60}, {86401, 86400}, {INT32_MAX, 86400}})
         EXPECT_EQ(feedRefreshSeconds(skin), seconds) << skin;
 
     FeedRefresh refresh(60);
     EXPECT_TRUE(refresh.due(0)); // the first fetch at once
     refresh.started();
     EXPECT_FALSE(refresh.due(500'000)); // one at a time, however long it takes
-    EXPECT_EQ(refresh.waitMs(500'000), 0u);
-
-    ServerFeed online;
-    online.status = FeedStatus::Online;
-    online.players = 12;
-    online.message = L"Hoş geldiniz";
-    online.headlines = {{L"Haber", "2024-06-14", L"https://k.example/"}};
+    ServerFeed online{
+        FeedStatus::Online, 12, L"Hoş geldiniz", {{L"Haber", "2024-06-14", L"https://k.example/"}}};
     refresh.succeeded(1'000, online);
     EXPECT_EQ(refresh.shown().status, FeedStatus::Online);
-    EXPECT_FALSE(refresh.due(60'999));
     EXPECT_EQ(refresh.waitMs(31'000), 30'000u);
     EXPECT_TRUE(refresh.due(61'000));
 
@@ -188,11 +154,6 @@ TEST(FeedRefresh, TheIntervalIsBoundedAndFailuresRetryAtTheSamePace) {
     EXPECT_EQ(refresh.lastError(), L"Bağlanılamadı");
     EXPECT_FALSE(refresh.due(121'999)); // no faster after a failure...
     EXPECT_TRUE(refresh.due(122'000));  // ...and no slower
-
-    refresh.started();
-    refresh.succeeded(123'000, ServerFeed{});
-    EXPECT_TRUE(refresh.lastError().empty());
-    EXPECT_TRUE(refresh.shown().headlines.empty()); // a good feed without news has none
 }
 
 } // namespace
