@@ -151,7 +151,11 @@ int commandBuild(const Invocation& invocation, Console& console) {
     wchar_t crc[16];
     std::swprintf(crc, 16, L"%08X", result.crc32);
     console.outLine(L"CRC32: " + std::wstring(crc) + L"    Boyut: " + sizeText(result.size));
-    if (result.wasSigned) console.outLine(L"Dijital imza eklendi.");
+    if (result.wasSigned) {
+        console.outLine(L"Dijital imza eklendi.");
+        for (const std::wstring& line : signatureLines(result.signature))
+            console.outLine(line);
+    }
     return kExitOk;
 }
 
@@ -216,10 +220,10 @@ const std::wstring kBuildHelp =
     L"                        oluşturulur\n"
     L"\n"
     L"Adımlar standart çıktıya yazılır, ardından \"Tamamlandı → \" ve yol, CRC32 ve boyut satırı (imzalıysa\n"
-    L"\"Dijital imza eklendi.\"); CRC32, oluşturmanın yerine koyduğu dosyanınkidir. Başarısızlıkta\n"
-    L"\"Oluşturulamadı: \" ve neden standart hataya yazılır, çıkış 1; önceki exe olduğu gibi kalır. Aynı "
-    L"çıktıya\n"
-    L"başka bir oluşturma yazarken başlayan oluşturma onun dosyalarına dokunmadan başarısız olur.\n"
+    L"\"Dijital imza eklendi.\" ve dosyadan geri okunan imza: imzalayan, parmak izi, zaman damgası); CRC32,\n"
+    L"oluşturmanın yerine koyduğu dosyanınkidir. Başarısızlıkta \"Oluşturulamadı: \" ve neden standart hataya\n"
+    L"yazılır, çıkış 1; önceki exe olduğu gibi kalır. Aynı çıktıya başka bir oluşturma yazarken başlayan\n"
+    L"oluşturma onun dosyalarına dokunmadan başarısız olur.\n"
     L"Ctrl-C, Ctrl-Break ya da konsol penceresinin kapanması oluşturmayı durdurur: geçici dosya silinir,\n"
     L"önceki exe olduğu gibi kalır, çıkış 3 (\"Oluşturulamadı: İptal edildi.\").\n";
 

@@ -3,6 +3,7 @@
 // verified (and, when asked, signed) patcher executable. Headless, so that the builder window's worker
 // thread, the preview executable, snapshot mode and nvbuild all run the same code.
 
+#include "packager/signing_readback.h"
 #include "core/files.h"
 
 #include <atomic>
@@ -18,9 +19,25 @@ struct VersionInfoFields {
     std::wstring productName, companyName, fileDescription, versionText, legalCopyright, originalFilename;
 };
 
+// Where the signing certificate comes from. A new certificate's key lives on a hardware token or in a cloud
+// service, so a PFX file is only one of the ways.
+enum class SigningSource : uint8_t {
+    PfxFile,   // pfxPath and pfxPassword
+    Store,     // the Windows certificate store, by thumbprint (a token's certificate shows up there)
+    Automatic, // signtool picks the best signing certificate of the store itself
+    Plugin,    // a signtool plug-in DLL and its metadata file, as cloud signing services ship them
+    Command,   // the operator's own command line, with {file} standing for the file to sign
+};
+
 struct SigningOptions {
     bool enabled = false;
     std::wstring pfxPath, pfxPassword, timestampUrl, signtoolPath; // signtoolPath empty: search for it
+    SigningSource source = SigningSource::PfxFile;
+    std::wstring thumbprint;   // Store
+    bool machineStore = false; // Store and Automatic: the computer's store instead of the user's
+    std::wstring pluginPath, pluginMetadataPath; // Plugin
+    std::wstring command;                        // Command
+    std::vector<std::wstring> moreTimestampUrls; // tried in order after timestampUrl
 };
 
 struct BuildRequest {
@@ -41,7 +58,8 @@ struct BuildResult {
     uint32_t crc32 = 0;   // of the file this build put in place
     uint64_t size = 0;
     bool wasSigned = false;
-    bool cancelled = false; // stopped on request; nothing was left behind
+    SignatureInfo signature; // read back from the finished file when it was signed
+    bool cancelled = false;  // stopped on request; nothing was left behind
     // runBuild: the warnings of the composed skin's validation (the loader's words), whatever the outcome.
     std::vector<std::wstring> warnings;
 };

@@ -358,6 +358,9 @@ private:
                         (reason.empty() ? L"" : L" (" + reason + L")"));
             } else if (c.imageUp.empty() && !caseVariant(c.image, e.tagBegin, reported))
                 add("skin.xml", e.tagBegin, "missing-image", L"Görsel bulunamadı: " + utf8ToWide(c.image));
+            if (c.id == "FEED_LAMP") // the lamp's pictures for the other statuses are the skin's too
+                for (const std::string& name : lampPictureNames(c.image))
+                    if (found(name)) undecodable(name, e.tagBegin);
             break;
         default:
             break;

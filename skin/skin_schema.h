@@ -14,9 +14,9 @@ inline constexpr std::string_view kRootAttributes[] = {"background_image", "feed
 
 // A control element's attributes; "w" and "h" stand for "width" and "height" where those are absent.
 inline constexpr std::string_view kControlAttributes[] = {
-    "type", "id",     "x",      "y",          "image",      "link_url", "exec_path", "enable_on_complete",
-    "text", "color",  "shadow", "bold",       "size",       "font",     "align",     "width",
-    "w",    "height", "h",      "image_full", "image_empty"};
+    "type", "id",     "x",      "y",          "image",       "link_url",    "exec_path", "enable_on_complete",
+    "text", "color",  "shadow", "bold",       "size",        "font",        "align",     "width",
+    "w",    "height", "h",      "image_full", "image_empty", "feed_message"};
 
 // A control id the patcher acts on, and the kind of control it acts on: the same id on another kind is read
 // but does nothing. Ids are compared in upper case.

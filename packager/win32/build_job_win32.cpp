@@ -137,7 +137,8 @@ BuildResult Writer::run() {
     BuildResult result;
     if (r.signing.enabled) {
         std::wstring message;
-        if (!signExecutable(r.signing, temp_.path(), r.version, log_, context_, message))
+        if (!signExecutable(r.signing, temp_.path(), r.version, log_, context_, message) ||
+            !confirmSignature(r.signing, temp_.path(), log_, context_, result.signature, message))
             return failAndDelete(message);
         result.wasSigned = true;
         say(L"İmza eklendi.");
