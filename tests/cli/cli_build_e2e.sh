@@ -104,6 +104,12 @@ check "... printing every step, then the output, its CRC32 and size" [ $? -eq 0 
 [ -s "$work/check" ] && cat "$work/check"
 check "... leaving no temporary file" [ ! -e "$work/out-dir/Kaldra.exe.building" ]
 
+# A patcher rebuilt over itself would lose its icon and version texts.
+cp "$work/out-dir/Kaldra.exe" "$work/previous.exe"
+check "a patcher as the source of its own output is refused" [ "$(first_err build "$O" --out "$O" --template "$T")" = \
+    "1 Çıktı kaynağın üzerine yazılamaz: $O" ]
+check "... and stays as it was" cmp -s "$work/previous.exe" "$work/out-dir/Kaldra.exe"
+
 nv compose "$S" "$(winpath "$work/composed.nvsk")" "${edits[@]}" 2>/dev/null
 nv list "$O" >"$work/list.exe" 2>"$work/err"
 check "list reads the patcher's package" [ $? -eq 0 ]
@@ -151,12 +157,6 @@ check "... with the signer's message" grep -qx "Oluşturulamadı: İmzalama baş
     <(tr -d '\r' <"$work/err")
 check "... and the previous patcher as it was" cmp -s "$work/previous.exe" "$work/out-dir/Kaldra.exe"
 check "... and no temporary file" [ ! -e "$work/out-dir/Kaldra.exe.building" ]
-
-# --- a patcher rebuilt over itself would lose its icon and version texts -----------------------------------------
-cp "$work/out-dir/Kaldra.exe" "$work/previous.exe"
-check "a patcher as the source of its own output is refused" [ "$(first_err build "$O" --out "$O" --template "$T")" = \
-    "1 Çıktı kaynağın üzerine yazılamaz: $O" ]
-check "... and stays as it was" cmp -s "$work/previous.exe" "$work/out-dir/Kaldra.exe"
 
 # --- Ctrl-C and a second build while one runs (both meet the build while a slow signer holds it) ------------------
 # started BUILD-ARGS...: runs nvbuild build in the background ($pid; its output in $work/bg.out/.err) and returns

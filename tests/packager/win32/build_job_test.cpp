@@ -273,6 +273,8 @@ TEST(BuildJob, ResourceWriterFailureCarriesACode) {
                       rewrite.write(ResourceId::number(kResourceRcdata), ResourceId::number(7), 0, data, 4) &&
                       rewrite.end();
     EXPECT_TRUE(done || rewrite.error() != 0);
+}
+
 // The signature that the result reports is the one read back from the finished file (the stand-in "signs" by
 // putting a file that osslsigncode signed in place of the one it was given).
 TEST(BuildJob, ASignedBuildReportsTheSignatureItReadBack) {
