@@ -14,11 +14,15 @@ class SkinWorkspace;
 
 struct VersionInfoFields {
     std::wstring productName, companyName, fileDescription, versionText, legalCopyright, originalFilename;
+
+    bool operator==(const VersionInfoFields&) const = default;
 };
 
 struct SigningOptions {
     bool enabled = false;
     std::wstring pfxPath, pfxPassword, timestampUrl, signtoolPath; // signtoolPath empty: search for it
+
+    bool operator==(const SigningOptions&) const = default;
 };
 
 struct BuildRequest {

@@ -33,11 +33,8 @@ std::wstring patcherTitle(const PatcherScene& scene, bool preview) {
 }
 
 std::vector<ControlState> startStates(const PatcherScene& scene, bool preview) {
+    if (preview) return previewStates(scene);
     std::vector<ControlState> states = defaultStates(scene);
-    if (preview) {
-        applyPreviewSamples(scene, states);
-        return states;
-    }
     for (size_t i = 0; i < scene.controls.size(); ++i)
         if (scene.controls[i].kind == ControlKind::Text && scene.controls[i].id == "TEXT_MAIN")
             states[i].text = kNoUpdateSourceText;

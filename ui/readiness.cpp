@@ -86,12 +86,6 @@ std::wstring crcText(uint32_t crc) {
     return buffer;
 }
 
-int stepSegment(std::wstring_view fieldText, int delta) {
-    const int value = parseInt(wideToUtf8(trim(fieldText)), 4);
-    const long long next = static_cast<long long>(value) + delta;
-    return static_cast<int>(std::clamp<long long>(next, 1, 64));
-}
-
 ChipLook chipLook(int chip, int currentCount, bool hovered) {
     if (chip == currentCount) return {color::kWhite, true, true, color::kAccent};
     if (hovered) return {blend(color::kChip, color::kWhite, 50), false, false, color::kSecondary};

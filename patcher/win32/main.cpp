@@ -7,6 +7,7 @@
 #include "patcher/patcher_logic.h"
 #include "patcher/win32/patcher_window.h"
 #include "renderer/png_writer.h"
+#include "renderer/preview.h"
 #include "renderer/scene.h"
 #include "skin/locale.h"
 #include "skin/skin_model.h"
@@ -70,9 +71,9 @@ bool loadOwnSkin(PatcherScene& scene, std::wstring& message) {
         return false;
     }
     SkinModel model;
-    std::vector<std::wstring> warnings;
-    if (!loadSkinModel(files, model, &warnings)) {
-        message = noSkin + L"\n" + (warnings.empty() ? std::wstring() : warnings.front());
+    LoadMessages messages;
+    if (!loadSkinModel(files, model, &messages)) {
+        message = noSkin + L"\n" + messages.error;
         return false;
     }
     scene = buildScene(model, model.settings);
@@ -84,9 +85,10 @@ bool loadOwnSkin(PatcherScene& scene, std::wstring& message) {
 }
 
 int snapshot(const PatcherScene& scene, const PatcherOptions& options) {
-    std::vector<uint32_t> pixels(size_t(scene.width) * size_t(scene.height));
-    renderScene(scene, startStates(scene, options.preview), options.preview, pixels.data());
-    const Bytes png = encodePng(pixels.data(), scene.width, scene.height);
+    PreviewPicture picture;
+    if (!drawPicture(scene, startStates(scene, options.preview), options.preview, picture))
+        return kExitFailed;
+    const Bytes png = encodePng(picture.pixels.data(), picture.width, picture.height);
     if (!writeFileAtomic(options.snapPath, png))
         return fail(options,
                     L"PNG yazılamadı: " + options.snapPath + L"\n" + systemErrorText(lastSystemError()));
