@@ -3,16 +3,9 @@
 #include "cli/build_plan.h"
 #include "cli/nvbuild.h"
 #include "cli/recipe_options.h"
-#include "cli/session_recipe.h"
-#include "cli/skin_input.h"
-#include "core/crc32.h"
-#include "core/files.h"
 #include "core/format.h"
-#include "core/paths.h"
-#include "core/text.h"
 #include "packager/build_job.h"
 #include "packager/build_start.h"
-#include "packager/icon.h"
 
 #include <array>
 #include <cstdio>

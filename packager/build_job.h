@@ -49,8 +49,8 @@ using BuildLogFn = void (*)(void* context, const std::wstring& line);
 // leaves the previous output as it was and no temporary file behind. Never throws.
 BuildResult writePatcherExecutable(const BuildRequest& request, BuildLogFn log, void* context);
 
-// What the builder's fields hold besides the working skin (the window, the preview executable, snapshot mode
-// and nvbuild fill it the same way).
+// The build's inputs besides the working skin; the window, the preview executable, snapshot mode and nvbuild
+// all make them from the operator's recipe (recipe/recipe.h).
 struct BuildInputs {
     std::wstring templatePath, outputPath;
     Bytes iconBytes;
@@ -58,9 +58,9 @@ struct BuildInputs {
     SigningOptions signing;
 };
 
-// Composes the package from the workspace (its settings, addresses and links already copied in from the
-// fields), fills the request (productName defaults to the trimmed title, originalFilename to the output's
-// file name) and writes the executable. Never throws; safe on a worker thread (reads the workspace only).
+// Composes the package from the workspace (the recipe applied to it), fills the request (productName defaults
+// to the trimmed title, originalFilename to the output's file name) and writes the executable. Never throws;
+// safe on a worker thread (reads the workspace only).
 BuildResult runBuild(const SkinWorkspace& workspace, const BuildInputs& inputs, BuildLogFn log,
                      void* context);
 

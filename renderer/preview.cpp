@@ -10,15 +10,6 @@ std::vector<ControlState> previewStates(const PatcherScene& scene) {
     return states;
 }
 
-bool prepareLivePreview(const SkinWorkspace& workspace, PatcherScene& scene,
-                        std::vector<ControlState>& states, LoadMessages& messages) {
-    SkinModel model;
-    if (!workspace.loadPreviewModel(model, messages)) return false;
-    scene = buildScene(model, workspace.settings);
-    states = previewStates(scene);
-    return true;
-}
-
 bool drawPicture(const PatcherScene& scene, const std::vector<ControlState>& states, bool preview,
                  PreviewPicture& picture) {
     picture = PreviewPicture{};

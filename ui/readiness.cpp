@@ -2,7 +2,6 @@
 
 #include "core/paths.h"
 #include "core/text.h"
-#include "core/values.h"
 
 #include <algorithm>
 #include <cwchar>

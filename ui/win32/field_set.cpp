@@ -59,7 +59,7 @@ void FieldSet::create(HWND parent, const FontSet& fonts, int dpi) {
     for (const FieldSpec& spec : fixedFields()) {
         const RecipeKey* key = findKeyByField(spec.id);
         const std::wstring text = key ? keyText(*key, fresh) : std::wstring();
-        FieldRecord record{spec.id, spec.section, nullptr, {}, spec.mono};
+        FieldRecord record{spec.id, nullptr, {}, spec.mono};
         record.hwnd = createEdit(spec.id, text, spec.style, spec.mono, spec.placeholder);
         if (record.hwnd) fields_.push_back(record);
     }
@@ -80,7 +80,7 @@ void FieldSet::rebuildLinks(const std::vector<ButtonLink>& buttons) {
         if (button.importedLink.empty() && button.localeKey.empty()) continue;
         const int id = kFieldLinkFirst + static_cast<int>(linkButtons_.size());
         if (id > kFieldLinkLast) break;
-        FieldRecord record{id, kBaglantilar, nullptr, {}, true};
+        FieldRecord record{id, nullptr, {}, true};
         record.hwnd = createEdit(id, button.link, kStylePlain, true, L"");
         if (!record.hwnd) continue;
         linkButtons_.push_back(i);

@@ -17,7 +17,6 @@ namespace nv::ui::win {
 
 struct FieldRecord {
     int id = 0;
-    int section = 0;
     HWND hwnd = nullptr;
     Rect row;
     bool mono = false;
