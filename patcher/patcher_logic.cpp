@@ -57,13 +57,6 @@ std::wstring gameCommandLine(const std::wstring& gamePath, const std::wstring& r
     return line;
 }
 
-std::wstring fillPlaceholder(std::wstring text, const std::wstring& value) {
-    size_t at = text.find(L"%d");
-    if (at == std::wstring::npos) at = text.find(L"%s");
-    if (at != std::wstring::npos) text.replace(at, 2, value);
-    return text;
-}
-
 bool PointerTracker::move(int control) {
     if (control == hovered_) return false;
     hovered_ = control;

@@ -10,7 +10,7 @@ std::vector<ControlState> previewStates(const PatcherScene& scene) {
     return states;
 }
 
-bool drawPicture(const PatcherScene& scene, const std::vector<ControlState>& states, bool preview,
+bool drawPicture(const PatcherScene& scene, const std::vector<ControlState>& states, bool drawNews,
                  PreviewPicture& picture) {
     picture = PreviewPicture{};
     if (scene.width < 1 || scene.height < 1) return false;
@@ -22,7 +22,7 @@ bool drawPicture(const PatcherScene& scene, const std::vector<ControlState>& sta
         picture.pixels.clear();
         return false;
     }
-    renderScene(scene, states, preview, picture.pixels.data());
+    renderScene(scene, states, drawNews, picture.pixels.data());
     picture.width = scene.width;
     picture.height = scene.height;
     return true;

@@ -17,7 +17,8 @@ struct PreviewPicture {
     std::vector<uint32_t> pixels; // premultiplied 0xAARRGGBB, rows from the top
 };
 
-// Every control's default state with the stand-in values of a running download (applyPreviewSamples).
+// Every control's default state with the stand-ins for a running download and the server's feed
+// (applyPreviewSamples).
 std::vector<ControlState> previewStates(const PatcherScene& scene);
 
 // The scene of the working skin, composed and loaded as a build would, and its preview states. False when the
@@ -25,10 +26,9 @@ std::vector<ControlState> previewStates(const PatcherScene& scene);
 bool prepareLivePreview(const SkinWorkspace& workspace, PatcherScene& scene,
                         std::vector<ControlState>& states, LoadMessages& messages);
 
-// The scene drawn once into a picture of the window's size; preview: the news area shows its placeholder
-// panel. False, and no picture, for a window narrower or lower than one pixel or one whose pixels do not fit
-// in memory.
-bool drawPicture(const PatcherScene& scene, const std::vector<ControlState>& states, bool preview,
+// The scene drawn once into a picture of the window's size; drawNews as renderScene has it. False, and no
+// picture, for a window narrower or lower than one pixel or one whose pixels do not fit in memory.
+bool drawPicture(const PatcherScene& scene, const std::vector<ControlState>& states, bool drawNews,
                  PreviewPicture& picture);
 
 } // namespace nv

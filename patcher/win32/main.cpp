@@ -86,7 +86,7 @@ bool loadOwnSkin(PatcherScene& scene, std::wstring& message) {
 
 int snapshot(const PatcherScene& scene, const PatcherOptions& options) {
     PreviewPicture picture;
-    if (!drawPicture(scene, startStates(scene, options.preview), options.preview, picture))
+    if (!drawPicture(scene, startStates(scene, options.preview), /*drawNews=*/true, picture))
         return kExitFailed;
     const Bytes png = encodePng(picture.pixels.data(), picture.width, picture.height);
     if (!writeFileAtomic(options.snapPath, png))
