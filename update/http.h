@@ -43,9 +43,9 @@ struct HttpResponseHead {
     std::string finalUrl; // after redirects
 };
 
-// Receives one transfer: the head once, then the body in pieces of any size. Returning false from either stops
-// the transfer at once (TransferError::Stopped): a body longer than expected, bytes that fail a check, a full
-// disk. The sink counts the bytes it is given; the transport also reports how many arrived.
+// Receives one transfer: the head once, then the body in pieces of any size. Returning false from either
+// stops the transfer at once (TransferError::Stopped): a body longer than expected, bytes that fail a check,
+// a full disk. The sink counts the bytes it is given; the transport also reports how many arrived.
 class HttpBodySink {
 public:
     virtual ~HttpBodySink() = default;
@@ -54,17 +54,17 @@ public:
 };
 
 enum class TransferError {
-    None,       // the body arrived whole: as long as Content-Length (when given) said
-    Cancelled,  // the caller's cancel flag was set
-    Stopped,    // the sink returned false
-    Resolve,    // the host name does not resolve
-    Connect,    // no connection (refused, unreachable)
-    Timeout,    // connect, send or receive took longer than the transport's timeouts
-    Tls,        // the secure channel failed (certificate, protocol)
-    Redirects,  // more redirects than allowed, or a redirect to something other than http/https
-    ShortBody,  // the connection ended before Content-Length bytes arrived (reported as a clean end)
-    Protocol,   // a response that is not HTTP, or headers that cannot be read
-    Other,      // any other failure of the system's transport
+    None,      // the body arrived whole: as long as Content-Length (when given) said
+    Cancelled, // the caller's cancel flag was set
+    Stopped,   // the sink returned false
+    Resolve,   // the host name does not resolve
+    Connect,   // no connection (refused, unreachable)
+    Timeout,   // connect, send or receive took longer than the transport's timeouts
+    Tls,       // the secure channel failed (certificate, protocol)
+    Redirects, // more redirects than allowed, or a redirect to something other than http/https
+    ShortBody, // the connection ended before Content-Length bytes arrived (reported as a clean end)
+    Protocol,  // a response that is not HTTP, or headers that cannot be read
+    Other,     // any other failure of the system's transport
 };
 
 struct TransferResult {
@@ -82,8 +82,10 @@ inline bool isTransientError(TransferError e) {
     case TransferError::Timeout:
     case TransferError::ShortBody:
     case TransferError::Protocol:
-    case TransferError::Other: return true;
-    default: return false;
+    case TransferError::Other:
+        return true;
+    default:
+        return false;
     }
 }
 
