@@ -9,7 +9,7 @@
 #   make run ARGS="inspect examples/skins/gece-mavisi"   nvbuild.exe under Wine, as ./nvbuild does
 #   make dist    the Windows programs in dist/
 #   make fuzz    run each fuzz target for FUZZ_SECONDS (default 120); findings go to fuzz/findings/
-#   make bench   run the benchmarks: natively (Release), then the Windows ones under Wine
+#   make bench   run the benchmarks: natively (Release), then the Windows ones under Wine, then the download one
 #   make sample-skin  redraw the committed sample skin from its generator (installs Pillow and a font if missing)
 
 OUT          ?= out
@@ -96,6 +96,8 @@ bench: bench-build windows
 	    echo "== native $$(basename $$b)"; $$b || exit 1; done
 	@$(WITH_WINE) sh -c 'for b in $(OUT)/windows/bench/bench_*.exe; do \
 	    echo "== windows $$(basename $$b)"; $(OUT)/windows/wine-run "$$b" || exit 1; done'
+	@echo "== download (nginx, aria2c, curl; the patcher with NV_BENCH_PATCHER)"
+	@$(WITH_WINE) bench/bench_download.py
 
 # The sample skin is committed, so only a change to its generator needs this (and the packages below, which the
 # builds and CI never need). /usr/bin/python3 is named because Debian's Pillow belongs to Debian's Python.

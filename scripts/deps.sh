@@ -14,6 +14,7 @@ packages=(
     python3 zip p7zip-full libarchive-tools   # test fixtures: archives from several real archivers
     libjpeg-turbo-progs             # cjpeg, for the JPEG fixtures of scripts/make-image-fixtures.py
     fonts-inter fonts-dejavu-core   # free look-alikes of Segoe UI, Tahoma and Consolas (snapshots, text under Wine)
+    nginx-light curl aria2 openssl  # transfer tests and benchmarks: a real web server, referee clients, TLS keys
 )
 
 missing=()
