@@ -38,7 +38,8 @@ public:
         nv::update::TransferResult result;
         result.head.status = 200;
         result.head.contentLength = body.size();
-        if (!sink.onHead(result.head) || !sink.onData(reinterpret_cast<const uint8_t*>(body.data()), body.size()))
+        if (!sink.onHead(result.head) ||
+            !sink.onData(reinterpret_cast<const uint8_t*>(body.data()), body.size()))
             result.error = nv::update::TransferError::Stopped;
         return result;
     }
@@ -85,7 +86,8 @@ int main(int argc, char** argv) {
     std::printf("client: %d files, %.0f MB in %s\n", count, double(total) / 1e6, folder.string().c_str());
 
     auto start = Clock::now();
-    if (std::system(("find '" + folder.string() + "' -type f -exec cat {} + > /dev/null").c_str()) != 0) return 1;
+    if (std::system(("find '" + folder.string() + "' -type f -exec cat {} + > /dev/null").c_str()) != 0)
+        return 1;
     const double cat = seconds(start);
 
     ListServer server;
@@ -111,15 +113,16 @@ int main(int argc, char** argv) {
     const double second = check();
 
     start = Clock::now();
-    const std::string crclist = std::string(NV_BENCH_NVBUILD) + " crclist '" + folder.string() +
-                                "' --out '" + (folder.parent_path() / "bench-crclist.txt").string() + "' >/dev/null";
+    const std::string crclist = std::string(NV_BENCH_NVBUILD) + " crclist '" + folder.string() + "' --out '" +
+                                (folder.parent_path() / "bench-crclist.txt").string() + "' >/dev/null";
     if (std::system(crclist.c_str()) != 0) return 1;
     const double crclistTime = seconds(start);
 
     std::printf("cat > /dev/null          %7.3f s\n", cat);
     std::printf("first check (no state)   %7.3f s   / cat: %.2f  (goal <= 1.2)\n", first, first / cat);
     std::printf("second start (state)     %7.3f s              (goal < 1 s)\n", second);
-    std::printf("nvbuild crclist          %7.3f s   / cat: %.2f  (goal <= 1.2)\n", crclistTime, crclistTime / cat);
+    std::printf("nvbuild crclist          %7.3f s   / cat: %.2f  (goal <= 1.2)\n", crclistTime,
+                crclistTime / cat);
     fs::remove_all(folder);
     fs::remove(folder.parent_path() / "bench-crclist.txt");
     return 0;

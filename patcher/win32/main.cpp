@@ -10,6 +10,7 @@
 #include "renderer/png_writer.h"
 #include "renderer/scene.h"
 #include "skin/locale.h"
+#include "skin/skin_import.h"
 #include "skin/skin_model.h"
 #include "skin/win32/embedded_skin.h"
 #include "update/win32/self_update.h"
@@ -97,8 +98,27 @@ int snapshot(const PatcherScene& scene, const PatcherOptions& options) {
     return kExitOk;
 }
 
+// --headless draws nothing: the skin's texts, settings and addresses are enough, its pictures are not
+// decoded (a second or two under a slow system, on every run of an operator's script).
+int headless(const PatcherOptions& options) {
+    SkinFileSet files;
+    std::wstring reason;
+    LocaleTable defaults;
+    loadLocaleDefaults(defaults);
+    if (!readEmbeddedSkin(GetModuleHandleW(nullptr), files, &reason))
+        return fail(options, localeText(defaults, "ERROR_NO_SKIN") + L"\n" + reason);
+    SkinTexts texts;
+    readSkinTexts(files, texts);
+    PatcherScene scene;
+    scene.strings = std::move(texts.strings);
+    scene.settings = texts.settings;
+    update::removeAsideCopy(exePath());
+    return runHeadless(scene, UpdateSource{texts.remoteConfigPath, texts.localConfigPath}, options);
+}
+
 int run(HINSTANCE instance) {
     const PatcherOptions options = parsePatcherArgs(commandLineArgs());
+    if (options.headless) return headless(options);
     GdiplusSession gdiplus; // pictures are decoded and text is drawn with GDI+
     PatcherScene scene;
     UpdateSource source;
@@ -107,7 +127,6 @@ int run(HINSTANCE instance) {
     if (options.snap) return snapshot(scene, options);
     // The copy of the previous patcher that a self-update moved aside (a preview touches no file).
     if (!options.preview) update::removeAsideCopy(exePath());
-    if (options.headless) return runHeadless(scene, source, options);
 
     PatcherWindow window(std::move(scene), options.preview, std::move(source), options.repair);
     if (!window.open(instance, message)) return fail(options, L"Pencere oluşturulamadı.\n" + message);

@@ -66,8 +66,9 @@ TEST(UpdateTexts, AFailureSaysWhereTheLogIs) {
     update::Failure failure;
     failure.kind = update::FailureKind::FileInUse;
     failure.subject = "KaldraOyun.exe";
-    EXPECT_EQ(failureMessage(failure, defaults(), L"C:\\Oyun\\norvane.log"),
-              L"Dosya başka bir program tarafından kullanılıyor: KaldraOyun.exe\n\nGünlük: C:\\Oyun\\norvane.log");
+    EXPECT_EQ(
+        failureMessage(failure, defaults(), L"C:\\Oyun\\norvane.log"),
+        L"Dosya başka bir program tarafından kullanılıyor: KaldraOyun.exe\n\nGünlük: C:\\Oyun\\norvane.log");
 }
 
 TEST(PatcherLogic, HeadlessAndRepairArgumentsAndTheStatesOfAnUpdatingWindow) {
@@ -79,9 +80,10 @@ TEST(PatcherLogic, HeadlessAndRepairArgumentsAndTheStatesOfAnUpdatingWindow) {
 
     const PatcherScene scene =
         test::TestSkin(10, 10, 0xFF000000)
-            .controls("<control type=\"text\" id=\"TEXT_MAIN\"/>"
-                      "<control type=\"button\" id=\"BTN_START\" exec_path=\"a.exe\" enable_on_complete=\"1\"/>"
-                      "<control type=\"button\" id=\"BTN_REPAIR\"/>")
+            .controls(
+                "<control type=\"text\" id=\"TEXT_MAIN\"/>"
+                "<control type=\"button\" id=\"BTN_START\" exec_path=\"a.exe\" enable_on_complete=\"1\"/>"
+                "<control type=\"button\" id=\"BTN_REPAIR\"/>")
             .scene();
     const std::vector<ControlState> updating = startStates(scene, false, true);
     EXPECT_EQ(updating[0].text, L"Yapılandırma yükleniyor...");
