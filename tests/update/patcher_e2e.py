@@ -2,7 +2,7 @@
 """The patcher as players get it, under Wine: built with nvbuild from the sample skin, pointed at the test
 servers, its client published with nvbuild crclist, run with --headless.
 
-    patcher_e2e.py WINE_RUN NVBUILD_EXE TEMPLATE_EXE HOLD_FILE_EXE SAMPLE_SKIN
+    patcher_e2e.py WINE_RUN NVBUILD_EXE TEMPLATE_EXE HOLD_FILE_EXE CLOSE_WINDOW_EXE SAMPLE_SKIN
 
 Run inside with_servers.py --fault --nginx (their addresses come in NV_FAULT_URL and NV_NGINX_URL, the folder
 they serve in NV_SERVED_DIR as Wine names it). Prints one line per check; exits 1 when any failed.
@@ -19,7 +19,7 @@ import time
 import urllib.request
 import zlib
 
-WINE_RUN, NVBUILD, TEMPLATE, HOLD_FILE, SAMPLE = sys.argv[1:6]
+WINE_RUN, NVBUILD, TEMPLATE, HOLD_FILE, CLOSE_WINDOW, SAMPLE = sys.argv[1:7]
 FAULT = os.environ["NV_FAULT_URL"]
 NGINX = os.environ["NV_NGINX_URL"]
 SERVED = os.environ["NV_SERVED_DIR"]
@@ -200,6 +200,36 @@ try:
           resumed.stderr.decode(errors="replace"))
     check("... fetching only the segments that were missing (%d of 6)" % len(ranges), 0 < len(ranges) <= 4)
     check("... and leaves no part", leftovers() == [])
+
+    # --- the window closed mid-download ---------------------------------------------------------------------
+    for path in files:
+        if path != big:
+            with open(os.path.join(game, path), "wb") as f:
+                f.write(b"old " + path.encode())
+    os.remove(os.path.join(game, big))
+    set_base(FAULT + "/~rate=300000/client/")
+    window = subprocess.Popen([WINE_RUN, winpath(os.path.join(game, "KaldraPatcher.exe"))],
+                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
+    deadline = time.time() + 60
+    while time.time() < deadline and not leftovers():
+        time.sleep(0.1)
+    time.sleep(1)
+    closed = wine(CLOSE_WINDOW, "NV_Patcher")
+    try:
+        window.wait(40)  # the run ends within the receive timeout, then the window goes
+        ended = True
+    except subprocess.TimeoutExpired:
+        os.killpg(window.pid, 9)
+        window.wait()
+        ended = False
+    check("closing the window mid-download ends the patcher", closed.returncode == 0 and ended)
+    now = client_view()
+    check("... every game file is the old one or the server's",
+          all(now.get(p) in (b"old " + p.encode(), files[p]) for p in files if p != big), str(sorted(now)))
+    check("... and no part is left but the large file's finished segments",
+          all(p.startswith("data/harita 1/") for p in leftovers()), str(leftovers()))
+    set_base(FAULT + "/client/")
+    check("... which the next run finishes", run().returncode == 0 and client_view() == files)
 
     # --- a file held open by another program ---------------------------------------------------------------
     with open(os.path.join(game, "readme.txt"), "wb") as f:
