@@ -15,6 +15,7 @@
 #include "update/remote_config.h"
 #include "update/update_run.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -85,11 +86,6 @@ int main(int argc, char** argv) {
     }
     std::printf("client: %d files, %.0f MB in %s\n", count, double(total) / 1e6, folder.string().c_str());
 
-    auto start = Clock::now();
-    if (std::system(("find '" + folder.string() + "' -type f -exec cat {} + > /dev/null").c_str()) != 0)
-        return 1;
-    const double cat = seconds(start);
-
     ListServer server;
     server.list = nv::update::writeFileList(list);
     server.config = "<c>crcpatch_url=http://bench/client/</c>";
@@ -108,15 +104,24 @@ int main(int argc, char** argv) {
         }
         return seconds(begin);
     };
-    fs::remove(folder / "norvane.state");
-    const double first = check();
-    const double second = check();
-
-    start = Clock::now();
+    const std::string catAll = "find '" + folder.string() + "' -type f -exec cat {} + > /dev/null";
     const std::string crclist = std::string(NV_BENCH_NVBUILD) + " crclist '" + folder.string() + "' --out '" +
                                 (folder.parent_path() / "bench-crclist.txt").string() + "' >/dev/null";
-    if (std::system(crclist.c_str()) != 0) return 1;
-    const double crclistTime = seconds(start);
+    auto timed = [](const std::string& command) {
+        const auto begin = Clock::now();
+        if (std::system(command.c_str()) != 0) std::exit(1);
+        return seconds(begin);
+    };
+    // Each reader twice, in turns, the faster run counting: whichever runs first after the writes would
+    // otherwise pay for them, and the page cache favours whichever read last.
+    double cat = 1e9, first = 1e9, crclistTime = 1e9;
+    for (int round = 0; round < 2; ++round) {
+        cat = std::min(cat, timed(catAll));
+        fs::remove(folder / "norvane.state");
+        first = std::min(first, check());
+        crclistTime = std::min(crclistTime, timed(crclist));
+    }
+    const double second = check();
 
     std::printf("cat > /dev/null          %7.3f s\n", cat);
     std::printf("first check (no state)   %7.3f s   / cat: %.2f  (goal <= 1.2)\n", first, first / cat);
