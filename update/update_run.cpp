@@ -741,23 +741,21 @@ void Run::fetchSegment(FileJob& job, size_t index) {
 
     bool last = false;
     if (finished) {
-        // The data first, then the line that says it is there: a crash between the two only loses a segment.
+        // The record is not flushed, nor the part: the next run reads every recorded segment back and keeps
+        // only those whose CRC still matches, so a power cut costs segments, never correctness, and the
+        // connections do not wait for the disk after each segment. The whole file is flushed before it
+        // replaces the old one.
         FileError error;
         std::lock_guard lock(job.mutex);
         if (!job.oneStream) {
-            if (!job.file->flush(error)) {
-                fail(fileFailure(error, FailureKind::WriteFailed));
-            } else {
-                job.segmentDone[index] = 1;
-                job.segmentCrc[index] = segmentCrc;
-                last = --job.segmentsLeft == 0;
-                if (job.recordFile) {
-                    const std::string line = resumeLine(index, segmentCrc);
-                    if (job.recordFile->write(job.recordEnd, reinterpret_cast<const uint8_t*>(line.data()),
-                                              line.size(), error) &&
-                        job.recordFile->flush(error))
-                        job.recordEnd += line.size();
-                }
+            job.segmentDone[index] = 1;
+            job.segmentCrc[index] = segmentCrc;
+            last = --job.segmentsLeft == 0;
+            if (job.recordFile) {
+                const std::string line = resumeLine(index, segmentCrc);
+                if (job.recordFile->write(job.recordEnd, reinterpret_cast<const uint8_t*>(line.data()),
+                                          line.size(), error))
+                    job.recordEnd += line.size();
             }
         }
     }
