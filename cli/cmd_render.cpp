@@ -80,7 +80,8 @@ const Command kRenderCommand{
     L"                            o kimlikte kontrol yoksa çıkış 1.\n"
     L"\n"
     L"Skin, oluşturucunun canlı önizlemesindeki gibi derlenir ve önizlemenin örnek değerleriyle çizilir\n"
-    L"(ilerleme çubukları %70 ve %45, durum metinleri). Haber alanı yerine başlıklı bir panel görünür.\n"
+    L"(ilerleme çubukları %70 ve %45, durum metinleri) ve örnek bir duyuru akışıyla: sunucu çevrimiçi,\n"
+    L"oyuncu sayısı ve haber alanında üç başlık. Ağa bağlanılmaz.\n"
     L"Yükleyicinin uyarıları standart hataya yazılır. Linux'taki yerel nvbuild metin çizmez; metinleri\n"
     L"nvbuild.exe (Windows ya da Wine) çizer.\n",
     kRenderArguments,

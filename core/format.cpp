@@ -3,6 +3,7 @@
 #include "core/text.h"
 
 #include <cstdio>
+#include <string>
 
 namespace nv {
 
@@ -19,6 +20,16 @@ std::wstring integerText(int64_t value) {
     char buf[32];
     std::snprintf(buf, sizeof buf, "%lld", static_cast<long long>(value));
     return widenAscii(buf);
+}
+
+std::wstring groupedIntegerText(uint64_t value) {
+    const std::wstring digits = std::to_wstring(value);
+    std::wstring out;
+    for (size_t i = 0; i < digits.size(); ++i) {
+        if (i > 0 && (digits.size() - i) % 3 == 0) out += L'.';
+        out += digits[i];
+    }
+    return out;
 }
 
 std::wstring sizeText(uint64_t n) {

@@ -15,4 +15,7 @@ std::wstring decimalText(double value);
 // "%lld".
 std::wstring integerText(int64_t value);
 
+// Thousands grouped with dots, the Turkish way: "7", "12.345", "1.000.000".
+std::wstring groupedIntegerText(uint64_t value);
+
 } // namespace nv

@@ -1,7 +1,6 @@
 #include "patcher/patcher_logic.h"
 
 #include "core/text.h"
-#include "update/failure_text.h"
 
 namespace nv {
 
@@ -67,10 +66,6 @@ std::wstring gameCommandLine(const std::wstring& gamePath, const std::wstring& r
     const std::wstring args = trim(runArgs);
     if (!args.empty()) line += L" " + args;
     return line;
-}
-
-std::wstring fillPlaceholder(std::wstring text, const std::wstring& value) {
-    return update::fillPlaceholders(std::move(text), {value});
 }
 
 bool PointerTracker::move(int control) {

@@ -44,9 +44,6 @@ ButtonAction buttonAction(const SkinControl& control);
 // The game's command line: its full path in quotes, then the run arguments.
 std::wstring gameCommandLine(const std::wstring& gamePath, const std::wstring& runArgs);
 
-// A locale text with its first "%d" (or "%s") replaced by the value.
-std::wstring fillPlaceholder(std::wstring text, const std::wstring& value);
-
 // Hover and press over the controls, from the pointer's movements. A press starts only on an enabled button
 // and acts only when released over that same button; while held, the button looks pressed only with the
 // pointer on it.

@@ -54,6 +54,12 @@ inline uint32_t sourceOver(uint32_t src, uint32_t dst) {
 // Composites the picture with its top-left corner at (x, y), only where it falls inside clip and the canvas.
 void drawImage(Canvas& canvas, const DecodedImage& image, int64_t x, int64_t y, const Box& clip);
 
+// Composites the picture recoloured in one straight RGB colour: each pixel keeps its alpha and its lightness
+// relative to the picture's lightest pixel, so a lamp of one colour shows in another with its glow and
+// shading.
+void drawImageTinted(Canvas& canvas, const DecodedImage& image, int64_t x, int64_t y, const Box& clip,
+                     uint32_t rgb);
+
 // Composites area.width x area.height premultiplied pixels (rows from the top) at the area's place.
 void drawLayer(Canvas& canvas, const uint32_t* pixels, const Box& area);
 

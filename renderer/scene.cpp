@@ -1,6 +1,8 @@
 #include "renderer/scene.h"
 
+#include "core/format.h"
 #include "core/text.h"
+#include "renderer/news_area.h"
 #include "renderer/composite.h"
 #include "renderer/text_painter.h"
 
@@ -35,11 +37,49 @@ int findControl(const PatcherScene& scene, std::string_view name) {
 }
 
 std::vector<ControlState> defaultStates(const PatcherScene& scene) {
-    return std::vector<ControlState>(scene.controls.size());
+    std::vector<ControlState> states(scene.controls.size());
+    applyFeed(scene, ServerFeed{}, states);
+    return states;
+}
+
+void applyFeed(const PatcherScene& scene, const ServerFeed& feed, std::vector<ControlState>& states) {
+    states.resize(scene.controls.size());
+    const std::wstring statusText = sceneText(scene, feedStatusKey(feed.status));
+    for (size_t i = 0; i < scene.controls.size(); ++i) {
+        const SkinControl& control = scene.controls[i];
+        ControlState& state = states[i];
+        if (control.kind == ControlKind::Iframe) {
+            state.headlines = feed.headlines;
+        } else if (control.kind == ControlKind::Image && control.id == "FEED_LAMP") {
+            state.lamp = feed.status;
+        } else if (control.kind == ControlKind::Text && control.id == "FEED_STATUS") {
+            state.text = control.feedMessage && !feed.message.empty() ? feed.message : statusText;
+        } else if (control.kind == ControlKind::Text && control.id == "FEED_PLAYERS") {
+            state.visible = feed.players >= 0;
+            state.text = state.visible ? fillPlaceholder(sceneText(scene, "NV_FEED_PLAYERS"),
+                                                         groupedIntegerText(uint64_t(feed.players)))
+                                       : std::wstring();
+        }
+    }
+}
+
+ServerFeed previewSampleFeed() {
+    ServerFeed feed;
+    feed.status = FeedStatus::Online;
+    feed.players = 2481;
+    feed.headlines = {
+        {L"Yaz etkinliği başladı: hafta sonu çift deneyim", "2024-06-14",
+         L"https://www.kaldra.example/haberler/yaz-etkinligi"},
+        {L"Yeni zindan: Sisli Vadi'nin derinlikleri açıldı", "2024-06-07",
+         L"https://www.kaldra.example/haberler/sisli-vadi"},
+        {L"Bakım notları: denge ve hata düzeltmeleri", "2024-05-31",
+         L"https://www.kaldra.example/haberler/bakim-notlari"},
+    };
+    return feed;
 }
 
 void applyPreviewSamples(const PatcherScene& scene, std::vector<ControlState>& states) {
-    states.resize(scene.controls.size());
+    applyFeed(scene, previewSampleFeed(), states);
     const std::wstring mainText = sceneText(scene, "TORRENT_STATE_DOWNLOADING") + L"  %45";
     for (size_t i = 0; i < scene.controls.size(); ++i) {
         const SkinControl& control = scene.controls[i];
@@ -63,6 +103,18 @@ int controlAt(const PatcherScene& scene, const std::vector<ControlState>& states
         if (Box::at(control.x, control.y, control.width, control.height).contains(x, y)) return int(i);
     }
     return -1;
+}
+
+HeadlineHit headlineAt(const PatcherScene& scene, const std::vector<ControlState>& states, int x, int y) {
+    const int control = controlAt(scene, states, x, y);
+    if (control < 0 || size_t(control) >= states.size() ||
+        scene.controls[size_t(control)].kind != ControlKind::Iframe)
+        return {};
+    const std::vector<FeedHeadline>& headlines = states[size_t(control)].headlines;
+    const std::vector<NewsRow> rows = newsRows(scene.controls[size_t(control)], headlines.size());
+    for (size_t i = 0; i < rows.size(); ++i)
+        if (rows[i].row.contains(x, y)) return {control, int(i)};
+    return {};
 }
 
 } // namespace nv

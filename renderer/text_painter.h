@@ -15,7 +15,7 @@ namespace nv {
 
 struct TextRun {
     std::wstring_view text;
-    std::wstring_view font; // face name; a face the system lacks falls back to Tahoma, then to a sans serif
+    std::wstring_view font; // face name; a missing face falls back to Tahoma, then to any installed one
     int sizePoints = 12;    // points at 96 DPI
     bool bold = false;
     uint32_t color = 0xFFFFFFFFu; // straight ARGB; its alpha is honoured

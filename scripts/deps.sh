@@ -8,6 +8,7 @@ packages=(
     g++-mingw-w64-x86-64-posix      # Windows x64 cross compiler (posix threads) with windres
     wine64 xvfb                     # running and testing the Windows programs
     googletest                      # GoogleTest sources, built for each target
+    nlohmann-json3-dev              # JSON (header-only): the server feed
     libbenchmark-dev zlib1g-dev     # benchmarks (zlib is a yardstick there and a reference in tests only)
     clang libclang-rt-14-dev        # libFuzzer with the sanitizers
     clang-format                    # the formatting that `make test` checks

@@ -36,6 +36,13 @@ void loadLocaleDefaults(LocaleTable& table) {
         table[row->key] = row->text;
 }
 
+std::wstring fillPlaceholder(std::wstring text, const std::wstring& value) {
+    size_t at = text.find(L"%d");
+    if (at == std::wstring::npos) at = text.find(L"%s");
+    if (at != std::wstring::npos) text.replace(at, 2, value);
+    return text;
+}
+
 bool parseLocale(std::string_view text, LocaleTable& table, std::wstring* error) {
     XmlDocument document;
     if (!parseXml(text, document, error)) return false;

@@ -24,6 +24,9 @@ extern const LocaleDefault kLocaleDefaults[kLocaleDefaultCount + 1];
 // Empties the table and fills it with the built-in rows.
 void loadLocaleDefaults(LocaleTable& table);
 
+// A locale text with its first "%d" (or "%s") replaced by the value: the patcher's messages carry one each.
+std::wstring fillPlaceholder(std::wstring text, const std::wstring& value);
+
 // Adds every <string key="..."> of the file over what the table holds (keys upper-cased). A file that does
 // not parse leaves the table as it was and returns the parser's message.
 bool parseLocale(std::string_view text, LocaleTable& table, std::wstring* error = nullptr);

@@ -79,6 +79,7 @@ SkinControl readControl(const XmlElement& e, uint32_t index, const LocaleTable& 
     const std::string align = asciiLower(e.attribute("align"));
     c.align = align == "center" ? 1 : align == "right" ? 2 : 0;
     c.width = sizeAttribute(e, "width", "w");
+    c.feedMessage = parseYesNo(e.attribute("feed_message"), false);
 
     const std::string type = asciiLower(e.attribute("type"));
     if (type == "button") {

@@ -45,9 +45,9 @@ private:
 
 constexpr std::string_view kRootAttributes[] = {"background_image", "feed_url", "feed_refresh"};
 constexpr std::string_view kControlAttributes[] = {
-    "type", "id",     "x",      "y",          "image",      "link_url", "exec_path", "enable_on_complete",
-    "text", "color",  "shadow", "bold",       "size",       "font",     "align",     "width",
-    "w",    "height", "h",      "image_full", "image_empty"};
+    "type", "id",     "x",      "y",          "image",       "link_url",    "exec_path", "enable_on_complete",
+    "text", "color",  "shadow", "bold",       "size",        "font",        "align",     "width",
+    "w",    "height", "h",      "image_full", "image_empty", "feed_message"};
 
 bool isKnown(std::span<const std::string_view> names, std::string_view name) {
     return std::find(names.begin(), names.end(), name) != names.end();
@@ -273,6 +273,9 @@ private:
                         (reason.empty() ? L"" : L" (" + reason + L")"));
             } else if (c.imageUp.empty() && !caseVariant(c.image, e.tagBegin, reported))
                 add("skin.xml", e.tagBegin, "missing-image", L"Görsel bulunamadı: " + utf8ToWide(c.image));
+            if (c.id == "FEED_LAMP") // the lamp's pictures for the other statuses are the skin's too
+                for (const std::string& name : lampPictureNames(c.image))
+                    if (found(name)) undecodable(name, e.tagBegin);
             break;
         default:
             break;

@@ -61,16 +61,16 @@ const char* controlKindName(ControlKind kind) {
     return "unknown";
 }
 
+PictureName splitPictureName(std::string_view name) {
+    for (std::string_view ext : kSkinImageExtensions)
+        if (endsWithIgnoreCase(name, ext))
+            return {std::string(name.substr(0, name.size() - ext.size())),
+                    std::string(name.substr(name.size() - ext.size()))};
+    return {std::string(name), {}};
+}
+
 ButtonImageNames buttonImageNames(std::string_view image) {
-    std::string base(image);
-    std::string ext;
-    for (std::string_view candidate : kSkinImageExtensions) {
-        if (endsWithIgnoreCase(base, candidate)) {
-            ext = base.substr(base.size() - candidate.size());
-            base.resize(base.size() - candidate.size());
-            break;
-        }
-    }
+    auto [base, ext] = splitPictureName(image);
     if (endsWithIgnoreCase(base, "_up")) base.resize(base.size() - 3);
     return {base, base + "_up" + ext, base + "_on" + ext, base + "_dn" + ext, base + "_ds" + ext};
 }
@@ -169,6 +169,11 @@ bool loadModel(const SkinFileSet& files, SkinModel& model, std::vector<std::wstr
             c.imageUp = images.named(c.image);
             c.width = c.imageUp.width;
             c.height = c.imageUp.height;
+            if (c.id == "FEED_LAMP") {
+                const auto names = lampPictureNames(c.image);
+                for (size_t i = 0; i < kFeedStatusCount; ++i)
+                    c.imageLamp[i] = images.named(names[i]);
+            }
         }
         model.controls.push_back(std::move(c));
     }

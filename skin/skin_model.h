@@ -5,8 +5,10 @@
 #include "readers/image.h"
 #include "readers/skin_files.h"
 #include "skin/locale.h"
+#include "skin/server_feed.h"
 #include "skin/settings.h"
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -38,8 +40,14 @@ struct SkinControl {
     int size = 12; // points, 6..96
     std::wstring font = L"Tahoma";
     int align = 0; // 0 left, 1 center, 2 right
+    // "FEED_STATUS": "feed_message" (yes/no) shows the feed's message, when it has one, instead of the
+    // status.
+    bool feedMessage = false;
     DecodedImage imageUp, imageOn, imageDown, imageDisabled;
     DecodedImage imageFull, imageEmpty;
+    // "FEED_LAMP" image controls: the skin's own picture for each status (lampPictureNames), by FeedStatus;
+    // empty where it ships none.
+    std::array<DecodedImage, kFeedStatusCount> imageLamp;
 };
 
 struct SkinModel {
@@ -64,6 +72,13 @@ struct SkinModel {
 
 // The picture extensions, in the order the loader cuts them off names and completes names with them.
 inline constexpr std::string_view kSkinImageExtensions[] = {".png", ".jpg", ".jpeg", ".bmp", ".gif"};
+
+// A picture name split before its extension (one of kSkinImageExtensions, in any case): "btn_up.PNG" gives
+// "btn_up" and ".PNG"; a name without one is all base.
+struct PictureName {
+    std::string base, ext;
+};
+PictureName splitPictureName(std::string_view name);
 
 // The four state pictures a button's "image" stands for: its extension and a trailing "_up" cut off, then
 // "_up", "_on", "_dn" and "_ds" put back with the extension ("btn.png" -> "btn_up.png", "btn_on.png", ...).

@@ -90,7 +90,7 @@ bool loadOwnSkin(PatcherScene& scene, UpdateSource& source, std::wstring& messag
 
 int snapshot(const PatcherScene& scene, const PatcherOptions& options) {
     std::vector<uint32_t> pixels(size_t(scene.width) * size_t(scene.height));
-    renderScene(scene, startStates(scene, options.preview), options.preview, pixels.data());
+    renderScene(scene, startStates(scene, options.preview), /*drawNews=*/true, pixels.data());
     const Bytes png = encodePng(pixels.data(), scene.width, scene.height);
     if (!writeFileAtomic(options.snapPath, png))
         return fail(options,

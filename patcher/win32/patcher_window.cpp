@@ -118,6 +118,7 @@ LRESULT PatcherWindow::handle(UINT message, WPARAM wParam, LPARAM lParam) {
         return 0;
     case WM_LBUTTONDOWN:
         if (pointer_.down(controlAtPoint(lParam), scene_, states_)) SetCapture(hwnd_);
+        pressedHeadline_ = headlineAtPoint(lParam);
         pointerChanged(true);
         return 0;
     case WM_LBUTTONUP: {
@@ -125,12 +126,22 @@ LRESULT PatcherWindow::handle(UINT message, WPARAM wParam, LPARAM lParam) {
         if (GetCapture() == hwnd_) ReleaseCapture();
         pointerChanged(true);
         if (clicked >= 0) act(clicked);
+        // A headline opens when the button goes up over the one it went down on.
+        const HeadlineHit headline = headlineAtPoint(lParam);
+        if (headline.headline >= 0 && headline.control == pressedHeadline_.control &&
+            headline.headline == pressedHeadline_.headline)
+            openHeadline(headline);
+        pressedHeadline_ = {};
         return 0;
     }
     case WM_CAPTURECHANGED:
         pointerChanged(pointer_.cancel());
         return 0;
     case WM_SETCURSOR:
+        if (LOWORD(lParam) == HTCLIENT && headlineUnderCursor()) {
+            SetCursor(LoadCursorW(nullptr, IDC_HAND));
+            return TRUE;
+        }
         if (LOWORD(lParam) == HTCLIENT && pointer_.hovered() >= 0 &&
             buttonAction(scene_.controls[size_t(pointer_.hovered())]) != ButtonAction::None &&
             states_[size_t(pointer_.hovered())].enabled) {
@@ -175,6 +186,24 @@ int PatcherWindow::controlAtPoint(LPARAM clientPoint) const {
     return controlAt(scene_, states_, GET_X_LPARAM(clientPoint), GET_Y_LPARAM(clientPoint));
 }
 
+HeadlineHit PatcherWindow::headlineAtPoint(LPARAM clientPoint) const {
+    return headlineAt(scene_, states_, GET_X_LPARAM(clientPoint), GET_Y_LPARAM(clientPoint));
+}
+
+bool PatcherWindow::headlineUnderCursor() const {
+    POINT p;
+    return GetCursorPos(&p) && ScreenToClient(hwnd_, &p) &&
+           headlineAt(scene_, states_, p.x, p.y).headline >= 0;
+}
+
+void PatcherWindow::openHeadline(const HeadlineHit& hit) {
+    const std::wstring& url = states_[size_t(hit.control)].headlines[size_t(hit.headline)].url;
+    // The feed allows nothing else, but the address came from a server: never hand the shell anything that is
+    // not a web address.
+    if (isWebAddress(wideToUtf8(url)))
+        ShellExecuteW(hwnd_, L"open", url.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+}
+
 void PatcherWindow::pointerChanged(bool changed) {
     if (!changed) return;
     std::vector<ControlState> before = states_;
@@ -187,8 +216,8 @@ void PatcherWindow::pointerChanged(bool changed) {
 }
 
 void PatcherWindow::redraw() {
-    GdiFlush(); // GDI may still be reading the bits
-    renderScene(scene_, states_, preview_, frame_.bits());
+    GdiFlush();                                                     // GDI may still be reading the bits
+    renderScene(scene_, states_, /*drawNews=*/true, frame_.bits()); // the window hosts no web browser
     present();
 }
 

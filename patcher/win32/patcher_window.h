@@ -34,6 +34,9 @@ private:
     void redraw(); // renders the current states and puts them on the screen
     void present();
     int controlAtPoint(LPARAM clientPoint) const;
+    HeadlineHit headlineAtPoint(LPARAM clientPoint) const;
+    bool headlineUnderCursor() const;
+    void openHeadline(const HeadlineHit& hit);
     void pointerChanged(bool changed);
     void act(int control);
     void startGame(const SkinControl& control);
@@ -49,6 +52,7 @@ private:
     bool preview_;
     std::vector<ControlState> states_;
     PointerTracker pointer_;
+    HeadlineHit pressedHeadline_;
     win::FrameBuffer frame_;
     HWND hwnd_ = nullptr;
     bool trackingLeave_ = false;

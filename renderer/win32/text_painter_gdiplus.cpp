@@ -7,6 +7,7 @@
 
 #include "core/win32/gdiplus_include.h"
 #include "core/win32/gdiplus_session.h"
+#include "renderer/win32/fallback_faces.h"
 
 #include <algorithm>
 #include <cmath>
@@ -83,21 +84,30 @@ struct TextPainter::Impl {
         return true;
     }
 
-    // The named face, else the first of the common UI faces the system has, else its generic sans serif.
-    // Looked up once per face and render.
+    // The named face, else the first of the common UI faces the system has, else its generic sans serif, else
+    // whatever the system itself writes with (fallbackFaces): a text is drawn whenever any usable font is
+    // installed. Looked up once per face and render.
     Gdiplus::GpFontFamily* family(std::wstring_view name) {
         for (auto& entry : families)
             if (entry.first == name) return entry.second;
         const std::wstring face(name);
         Gdiplus::GpFontFamily* found = nullptr;
-        for (const wchar_t* candidate :
-             {face.c_str(), L"Tahoma", L"Segoe UI", L"Arial", L"Microsoft Sans Serif"}) {
+        auto open = [&found](const wchar_t* candidate) {
             if (*candidate && gp::GdipCreateFontFamilyFromName(candidate, nullptr, &found) == Gdiplus::Ok &&
                 found)
-                break;
+                return true;
             found = nullptr;
+            return false;
+        };
+        bool opened = false;
+        for (const wchar_t* candidate :
+             {face.c_str(), L"Tahoma", L"Segoe UI", L"Arial", L"Microsoft Sans Serif"})
+            if ((opened = open(candidate))) break;
+        if (!opened && (gp::GdipGetGenericFontFamilySansSerif(&found) != Gdiplus::Ok || !found)) {
+            found = nullptr;
+            for (const std::wstring& candidate : fallbackFaces())
+                if (open(candidate.c_str())) break;
         }
-        if (!found && gp::GdipGetGenericFontFamilySansSerif(&found) != Gdiplus::Ok) found = nullptr;
         families.emplace_back(face, found);
         return found;
     }

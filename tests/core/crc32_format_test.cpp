@@ -115,5 +115,22 @@ TEST(SizeText, ThresholdsAreOnTheByteCount) {
     EXPECT_EQ(integerText(-9000000000ll), L"-9000000000");
 }
 
+TEST(GroupedIntegerText, GroupsThousandsWithDots) {
+    struct Case {
+        uint64_t value;
+        const wchar_t* text;
+    } cases[] = {
+        {0, L"0"},
+        {999, L"999"},
+        {1000, L"1.000"},
+        {12345, L"12.345"},
+        {100000, L"100.000"},
+        {1234567, L"1.234.567"},
+        {18446744073709551615ull, L"18.446.744.073.709.551.615"},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(groupedIntegerText(c.value), c.text) << c.value;
+}
+
 } // namespace
 } // namespace nv

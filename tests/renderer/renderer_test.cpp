@@ -46,6 +46,15 @@ TEST(Renderer, TheBackgroundIsCopiedExactlyAndControlsWithoutPicturesLeaveItAlon
     }
 }
 
+ControlState buttonState(bool visible, bool enabled, bool hover, bool pressed) {
+    ControlState state;
+    state.visible = visible;
+    state.enabled = enabled;
+    state.hover = hover;
+    state.pressed = pressed;
+    return state;
+}
+
 TEST(Renderer, AButtonShowsThePictureOfItsState) {
     PatcherScene scene = TestSkin(20, 12, 0xFF000000)
                              .picture("b_up.png", 4, 3, 0xFF0000AA)
@@ -58,10 +67,13 @@ TEST(Renderer, AButtonShowsThePictureOfItsState) {
         ControlState state; // visible, enabled, hover, pressed
         uint32_t shown;
     } cases[] = {
-        {{true, true, false, false, 0, {}}, 0xFF0000AA},  {{true, true, true, false, 0, {}}, 0xFF00AA00},
-        {{true, true, false, true, 0, {}}, 0xFFAA0000},   {{true, true, true, true, 0, {}}, 0xFFAA0000},
-        {{true, false, false, false, 0, {}}, 0xFF555555}, {{true, false, true, true, 0, {}}, 0xFF555555},
-        {{false, true, true, false, 0, {}}, 0xFF000000},
+        {buttonState(true, true, false, false), 0xFF0000AA},
+        {buttonState(true, true, true, false), 0xFF00AA00},
+        {buttonState(true, true, false, true), 0xFFAA0000},
+        {buttonState(true, true, true, true), 0xFFAA0000},
+        {buttonState(true, false, false, false), 0xFF555555},
+        {buttonState(true, false, true, true), 0xFF555555},
+        {buttonState(false, true, true, false), 0xFF000000},
     };
     for (const Case& c : cases) {
         const ControlState& s = c.state;

@@ -81,6 +81,11 @@ TEST(SkinLint, EachMistakeGivesOneFindingWithItsPlaceOnASkinTheLoaderCallsSound)
         {"", "norvane.ini:2 setting-default", "segment_mb=8MB", ini("[Patcher]\nsegment_mb = 8MB\n")},
         {"", "norvane.ini:2 setting-default", "maybe", ini("[patcher]\rauto_start=maybe\r")},
         {"", "norvane.ini:3 unknown-setting", "patcher.conections", ini("[patcher]\n\nconections=6\n")},
+        // The lamp's pictures for the other statuses are used and checked; feed_message is known.
+        {"<control type='image' id='FEED_LAMP' image='lamp_online.png'/>"
+         "<control type='text' id='FEED_STATUS' width='9' feed_message='1'/>",
+         "skin.xml:2 unreadable-image", "lamp_offline.png",
+         Files{{"lamp_online.png", icon}, {"lamp_maintenance.png", icon}, {"lamp_offline.png", junk}}},
         {"", "english.locale.xml:0 unused-file", "english",
          with("fernwick.locale.xml", noStrings, "english.locale.xml", noStrings)},
     };

@@ -153,6 +153,7 @@ LOCALE = [
     ("NV_FEED_ONLINE", "Sunucu Çevrimiçi"),
     ("NV_FEED_MAINTENANCE", "Bakım çalışması sürüyor"),
     ("NV_FEED_OFFLINE", "Sunucu Kapalı"),
+    ("NV_FEED_NO_DATA", "Durum alınamadı"),
     ("NV_FEED_PLAYERS", "%s oyuncu çevrimiçi"),
 ]
 

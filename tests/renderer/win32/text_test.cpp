@@ -1,5 +1,6 @@
 // Text through GDI+ (Windows only; the native build draws none).
 
+#include "renderer/news_area.h"
 #include "renderer/scene.h"
 #include "tests/renderer/skin_builder.h"
 
@@ -99,6 +100,44 @@ TEST(Text, TheNewsPanelIsTitledFromTheLocale) {
         return test::render(scene, defaultStates(scene), true);
     };
     EXPECT_TRUE(render("Haberler") != render("Duyurular"));
+}
+
+TEST(Text, HeadlinesAreDrawnInTheirLinesInTheAreasStyleAsManyAsFit) {
+    auto scene = [](const char* colour) {
+        return TestSkin(340, 120, kBackground)
+            .controls(
+                std::string("<control type=\"iframe\" id=\"NEWS\" x=\"10\" y=\"10\" w=\"320\" h=\"100\" "
+                            "color=\"") +
+                colour + "\"/>")
+            .scene();
+    };
+    ServerFeed feed;
+    for (int i = 0; i < 5; ++i)
+        feed.headlines.push_back({L"Kaldra haberi " + std::to_wstring(i), "2024-06-0" + std::to_string(i + 1),
+                                  L"https://k.example/"});
+    auto draw = [&](const PatcherScene& s) {
+        std::vector<ControlState> states = defaultStates(s);
+        applyFeed(s, feed, states);
+        return test::render(s, states, true);
+    };
+    const PatcherScene visible = scene("#FFFFFFFF");
+    const std::vector<uint32_t> inked = draw(visible), bare = draw(scene("#00FFFFFF"));
+    auto changed = [&](const Box& box) {
+        int count = 0;
+        for (int64_t y = box.y0; y < box.y1; ++y)
+            for (int64_t x = box.x0; x < box.x1; ++x)
+                count += inked[size_t(y) * 340 + size_t(x)] != bare[size_t(y) * 340 + size_t(x)];
+        return count;
+    };
+    const std::vector<NewsRow> rows = newsRows(visible.controls[0], feed.headlines.size());
+    ASSERT_EQ(rows.size(), 3u);
+    int inRows = 0;
+    for (const NewsRow& row : rows) {
+        EXPECT_GT(changed(row.title), 40);
+        EXPECT_GT(changed(row.date), 40);
+        inRows += changed(row.row);
+    }
+    EXPECT_EQ(changed({0, 0, 340, 120}), inRows); // nothing beyond the lines that fit
 }
 
 TEST(Text, ARunKeptFromAnEarlierRenderGivesTheSamePixels) {
