@@ -124,7 +124,11 @@ int commandBuild(const Invocation& invocation, Console& console) {
     wchar_t crc[16];
     std::swprintf(crc, 16, L"%08X", result.crc32);
     console.outLine(L"CRC32: " + std::wstring(crc) + L"    Boyut: " + sizeText(result.size));
-    if (result.wasSigned) console.outLine(L"Dijital imza eklendi.");
+    if (result.wasSigned) {
+        console.outLine(L"Dijital imza eklendi.");
+        for (const std::wstring& line : signatureLines(result.signature))
+            console.outLine(line);
+    }
     return kExitOk;
 }
 
@@ -189,7 +193,8 @@ const std::wstring kBuildHelp =
     std::wstring(kSkinEditsHelp) +
     L"\n"
     L"Adımlar standart çıktıya yazılır, ardından \"Tamamlandı → \" ve yol, CRC32 ve boyut satırı (imzalıysa\n"
-    L"\"Dijital imza eklendi.\"). Başarısızlıkta \"Oluşturulamadı: \" ve neden standart hataya yazılır, "
+    L"\"Dijital imza eklendi.\" ve dosyadan geri okunan imza: imzalayan, parmak izi, zaman damgası).\n"
+    L"Başarısızlıkta \"Oluşturulamadı: \" ve neden standart hataya yazılır, "
     L"çıkış 1;\n"
     L"önceki exe olduğu gibi kalır.\n";
 

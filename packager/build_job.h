@@ -3,10 +3,12 @@
 // verified (and, when asked, signed) patcher executable. Headless, so that the builder window's worker
 // thread, the preview executable, snapshot mode and nvbuild all run the same code.
 
+#include "packager/signing_readback.h"
 #include "core/files.h"
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace nv {
 
@@ -16,9 +18,25 @@ struct VersionInfoFields {
     std::wstring productName, companyName, fileDescription, versionText, legalCopyright, originalFilename;
 };
 
+// Where the signing certificate comes from. A new certificate's key lives on a hardware token or in a cloud
+// service, so a PFX file is only one of the ways.
+enum class SigningSource : uint8_t {
+    PfxFile,   // pfxPath and pfxPassword
+    Store,     // the Windows certificate store, by thumbprint (a token's certificate shows up there)
+    Automatic, // signtool picks the best signing certificate of the store itself
+    Plugin,    // a signtool plug-in DLL and its metadata file, as cloud signing services ship them
+    Command,   // the operator's own command line, with {file} standing for the file to sign
+};
+
 struct SigningOptions {
     bool enabled = false;
     std::wstring pfxPath, pfxPassword, timestampUrl, signtoolPath; // signtoolPath empty: search for it
+    SigningSource source = SigningSource::PfxFile;
+    std::wstring thumbprint;   // Store
+    bool machineStore = false; // Store and Automatic: the computer's store instead of the user's
+    std::wstring pluginPath, pluginMetadataPath; // Plugin
+    std::wstring command;                        // Command
+    std::vector<std::wstring> moreTimestampUrls; // tried in order after timestampUrl
 };
 
 struct BuildRequest {
@@ -35,6 +53,7 @@ struct BuildResult {
     uint32_t crc32 = 0;   // of the finished output file
     uint64_t size = 0;
     bool wasSigned = false;
+    SignatureInfo signature; // read back from the finished file when it was signed
 };
 
 // Receives each progress line of a build; called on the thread that runs the build.

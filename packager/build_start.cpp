@@ -1,5 +1,6 @@
 #include "packager/build_start.h"
 
+#include "packager/signing_commands.h"
 #include "core/files.h"
 #include "core/paths.h"
 #include "core/text.h"
@@ -8,7 +9,6 @@ namespace nv {
 
 bool checkBuildStart(const BuildInputs& inputs, std::wstring& message) {
     const std::wstring folder = pathParent(inputs.outputPath);
-    const std::wstring pfx = trim(inputs.signing.pfxPath);
     if (!fileExists(inputs.templatePath))
         message = L"Patcher şablonu bulunamadı: " + inputs.templatePath + L" — build.bat ile derleyin.";
     else if (!endsWithIgnoreCase(std::wstring_view(inputs.outputPath), std::wstring_view(L".exe")))
@@ -19,10 +19,8 @@ bool checkBuildStart(const BuildInputs& inputs, std::wstring& message) {
         // The build would succeed and leave a patcher where the template was: every later build would start
         // from it.
         message = L"Çıktı, patcher şablonunun üzerine yazılamaz: " + inputs.outputPath;
-    else if (inputs.signing.enabled && pfx.empty())
-        message = L"İmza açık ama sertifika (.pfx) seçilmedi.";
-    else if (inputs.signing.enabled && !fileExists(pfx))
-        message = L"Sertifika dosyası bulunamadı: " + inputs.signing.pfxPath;
+    else if (inputs.signing.enabled)
+        return checkSigningInputs(inputs.signing, message);
     else
         return true;
     return false;

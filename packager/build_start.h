@@ -9,7 +9,8 @@ namespace nv {
 
 // The checks the builder makes before it starts a build, in order, the first failure winning: the template is
 // there, the output ends in ".exe", its folder exists and it is not the template itself, and a certificate is
-// given and present when signing is on. (The window asks for an output place first when none is set.)
+// given and present when signing is on (whatever the chosen certificate source needs). (The window asks for
+// an output place first when none is set.)
 bool checkBuildStart(const BuildInputs& inputs, std::wstring& message);
 
 // The request for a composed package: the inputs as they stand, except that an empty product name becomes the

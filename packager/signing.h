@@ -1,10 +1,12 @@
 #pragma once
-// Code signing with the Windows SDK's signtool.exe: finding the tool, running it with its output captured,
-// and signing a file (SHA-256, an optional RFC 3161 time stamp, retried once without one).
+// Code signing: signtool.exe from the Windows SDK with a PFX file, a certificate of the store, signtool's own
+// choice of one or a signing plug-in (SHA-256, RFC 3161 time stamps from a list of servers, then once without
+// one), or the operator's own command; then the signature read back from the file.
 
 #include "packager/build_job.h"
+#include "packager/signing_commands.h"
+#include "packager/signing_readback.h"
 
-#include <cstdint>
 #include <string>
 
 namespace nv {
@@ -16,21 +18,24 @@ inline constexpr const wchar_t* kDefaultTimestampServer = L"http://timestamp.dig
 // places; empty when there is none.
 std::wstring findSigntool();
 
-// Runs a command line with standard output and error captured together (converted from the ANSI code page and
-// trimmed). False only when the pipe or the process could not be created. The timeout bounds the wait after
-// the child has closed its output; a child still running then reports its still-active exit code.
-bool runCapture(const std::wstring& commandLine, std::wstring& output, uint32_t& exitCode,
-                uint32_t timeoutMs);
+// A certificate of the "My" store (the user's, or the computer's), looked up by its thumbprint. A token's
+// certificate is there while its driver has propagated it; its key stays on the token, and hasKey says that
+// the store knows where the key is.
+struct StoreCertificate {
+    bool found = false, hasKey = false;
+    std::wstring subject;
+};
+StoreCertificate findStoreCertificate(const std::wstring& thumbprint, bool machineStore);
 
-// Signs the file in place. The password reaches only the tool's command line, never the log or a message.
+// Signs the file in place. Secrets (the password, the values the operator's command takes from the
+// environment) reach only the tool's command line, never the log or a message; command lines are not logged.
 bool signExecutable(const SigningOptions& options, const std::wstring& file, const VersionInfoFields& version,
                     BuildLogFn log, void* context, std::wstring& message);
 
-// The command lines signExecutable runs: the time-stamped one and the plain one.
-struct SignCommands {
-    std::wstring timestamped, plain;
-};
-SignCommands signCommands(const std::wstring& tool, const SigningOptions& options, const std::wstring& file,
-                          const std::wstring& productName);
+// After signExecutable: the signature read back from the file. A file that the tool claims to have signed but
+// that carries no readable signature is refused. Warns when the operator's command left the signature without
+// a time stamp (signtool's fallback warns on its own).
+bool confirmSignature(const SigningOptions& options, const std::wstring& file, BuildLogFn log, void* context,
+                      SignatureInfo& info, std::wstring& message);
 
 } // namespace nv

@@ -16,6 +16,7 @@ packages=(
     libjpeg-turbo-progs             # cjpeg, for the JPEG fixtures of scripts/make-image-fixtures.py
     fonts-inter fonts-dejavu-core   # free look-alikes of Segoe UI, Tahoma and Consolas (snapshots, text under Wine)
     nginx-light curl aria2 openssl  # transfer tests and benchmarks: a real web server, referee clients, TLS keys
+    osslsigncode                    # signing tests: real signatures and time stamps on a test file (with openssl)
 )
 
 missing=()

@@ -126,7 +126,8 @@ BuildResult Writer::run() {
     BuildResult result;
     if (r.signing.enabled) {
         std::wstring message;
-        if (!signExecutable(r.signing, temp_, r.version, log_, context_, message))
+        if (!signExecutable(r.signing, temp_, r.version, log_, context_, message) ||
+            !confirmSignature(r.signing, temp_, log_, context_, result.signature, message))
             return failAndDelete(message);
         result.wasSigned = true;
         say(L"İmza eklendi.");

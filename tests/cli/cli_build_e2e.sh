@@ -95,15 +95,33 @@ check "unpack writes the patcher's files" cmp -s "$sample/bg.png" "$work/unpacke
 check "an output named without a folder lands in the current folder" [ -s "$work/out-dir/Goreli.exe" ]
 
 # --- signing through the stand-in signtool.exe ---------------------------------------------------------------
+# The stand-in "signs" by putting a file that osslsigncode signed in place of the one it is given (its
+# make_signing_fixtures.py copies lie beside it), so that the signature read back from the output is a real one.
+signed=$(dirname "$signtool")/../signed
 cp "$work/out-dir/Kaldra.exe" "$work/previous.exe"
-export NV_FAKE_SIGNTOOL_LOG
+export NV_FAKE_SIGNTOOL_LOG NV_FAKE_SIGNTOOL_COPY
 NV_FAKE_SIGNTOOL_LOG=$(winpath "$work/signtool.log")
+NV_FAKE_SIGNTOOL_COPY=$(winpath "$signed/signed-rfc3161.exe")
 sign=(--sign-pfx "$(winpath "$work/cert.pfx")" --sign-password-env NV_E2E_PASSWORD --signtool "$(winpath "$signtool")")
 NV_E2E_PASSWORD='gizli parola' nv build "$S" --out "$O" --template "$T" "${sign[@]}" >"$work/out" 2>"$work/err"
 check "a signed build exits 0" [ $? -eq 0 ]
-check "... time-stamped by default, signed, and says so last" sh -c "tr -d '\r' <'$work/out' | grep -qx 'İmzalanıyor (zaman damgalı)...' && tr -d '\r' <'$work/out' | tail -n 1 | grep -qx 'Dijital imza eklendi.'"
+thumbprint=$(sed -n 's/^thumbprint=//p' "$signed/expected.txt")
+tr -d '\r' <"$work/out" | tail -n 4 >"$work/last"
+check "... time-stamped by default, and ends with the signature read back from the file" sh -c \
+    "tr -d '\r' <'$work/out' | grep -qx 'İmzalanıyor (zaman damgalı)...' &&
+     sed -n 1p '$work/last' | grep -qx 'Dijital imza eklendi.' &&
+     sed -n 2p '$work/last' | grep -qx 'İmzalayan: Kaldra Yazılım Test' &&
+     sed -n 3p '$work/last' | grep -qx 'Parmak izi: $thumbprint' &&
+     sed -n 4p '$work/last' | grep -qE '^Zaman damgası: [0-9]{4}-[0-9]{2}-[0-9]{2} [0-9:]{8} UTC \(RFC 3161\)$'"
 check "... the tool got the password" grep -q '/p "gizli parola"' "$work/signtool.log"
 check "... which nvbuild never printed" sh -c "! grep -q gizli '$work/out' '$work/err'"
+
+cp "$work/out-dir/Kaldra.exe" "$work/previous.exe"
+NV_FAKE_SIGNTOOL_COPY= NV_E2E_PASSWORD=x nv build "$S" --out "$O" --template "$T" "${sign[@]}" >"$work/out" \
+    2>"$work/err"
+check "a tool that reports success and signs nothing is refused" grep -qx \
+    "Oluşturulamadı: İmzalama başarılı göründü ama dosyada imza yok." <(tr -d '\r' <"$work/err")
+check "... and the previous patcher as it was" cmp -s "$work/previous.exe" "$work/out-dir/Kaldra.exe"
 
 cp "$work/out-dir/Kaldra.exe" "$work/previous.exe"
 NV_FAKE_SIGNTOOL_EXIT=4 NV_FAKE_SIGNTOOL_TS_EXIT=4 NV_FAKE_SIGNTOOL_SAY="SignTool Error: olmadi" \

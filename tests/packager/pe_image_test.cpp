@@ -1,4 +1,5 @@
 #include "packager/pe_image.h"
+#include "packager/signing_readback.h"
 
 #include "tests/support/test_support.h"
 
@@ -128,6 +129,44 @@ TEST(PeImage, FinishingAnUpdatedImage) {
 
     Bytes notPe = test::bytesOf("MZ but nothing else");
     EXPECT_FALSE(finishPeImage(notPe, tail));
+}
+
+// Where a signer's PKCS #7 lies: the first WIN_CERTIFICATE of the table that the security directory points
+// at.
+TEST(PeImage, SignatureSpanInTheCertificateTable) {
+    struct Case {
+        uint32_t tableAt, tableSize, length, revisionAndType;
+        PeSignatureState state;
+    } cases[] = {
+        {0, 0, 0, 0, PeSignatureState::Unsigned},
+        {0x600, 0x110, 0x108, 0x00020200, PeSignatureState::Found},
+        {0x600, 0x110, 0x110, 0x00020100, PeSignatureState::Found},     // the old revision, no padding
+        {0x600, 0x110, 0x108, 0x00010200, PeSignatureState::Malformed}, // an X.509 entry, not PKCS #7
+        {0x600, 0x110, 0x108, 0x00020300, PeSignatureState::Malformed},
+        {0x600, 0x110, 0x111, 0x00020200, PeSignatureState::Malformed}, // longer than the table
+        {0x600, 0x110, 8, 0x00020200, PeSignatureState::Malformed},     // a header with nothing in it
+        {0x600, 0x111, 0x108, 0x00020200, PeSignatureState::Malformed}, // a table past the end of the file
+        {0xFFFFFFF0, 0x20, 0x18, 0x00020200, PeSignatureState::Malformed},
+        {0x600, 4, 0x108, 0x00020200, PeSignatureState::Malformed},
+    };
+    for (const Case& c : cases) {
+        Bytes image = makePe();
+        image.resize(0x710, 0);
+        put32(image, kCertEntry, c.tableAt);
+        put32(image, kCertEntry + 4, c.tableSize);
+        put32(image, 0x600, c.length);
+        put32(image, 0x604, c.revisionAndType);
+        PeSignatureSpan span;
+        EXPECT_EQ(findPeSignature(image.data(), image.size(), span), c.state)
+            << std::hex << c.tableAt << " " << c.length;
+        if (c.state == PeSignatureState::Found) {
+            EXPECT_EQ(span.offset, 0x608u);
+            EXPECT_EQ(span.size, c.length - 8u);
+        }
+    }
+    PeSignatureSpan span;
+    const Bytes notPe = test::bytesOf("ZM");
+    EXPECT_EQ(findPeSignature(notPe.data(), notPe.size(), span), PeSignatureState::NotPe);
 }
 
 } // namespace

@@ -7,6 +7,8 @@
 #include "skin/package.h"
 #include "tests/support/test_support.h"
 
+#include <windows.h>
+
 #include <gtest/gtest.h>
 
 namespace nv::test {
@@ -24,6 +26,71 @@ BuildRequest requestFor(const std::wstring& templatePath, const std::wstring& ou
     request.outputPath = outputPath;
     request.packageBytes = writeSkinPackage(set);
     return request;
+}
+
+SignedFixtures signedFixtures() {
+    SignedFixtures fixtures;
+    const std::string text = textOf(readFile(buildFixture(L"signed\\expected.txt")));
+    for (size_t at = 0, end; (end = text.find('\n', at)) != std::string::npos; at = end + 1) {
+        const std::string line = text.substr(at, end - at);
+        const size_t equals = line.find('=');
+        const std::wstring key = utf8ToWide(line.substr(0, equals)),
+                           value = utf8ToWide(line.substr(equals + 1));
+        if (key == L"subject")
+            fixtures.subject = value;
+        else if (key == L"thumbprint")
+            fixtures.thumbprint = value;
+        else
+            fixtures.stampedBetween[key] = {std::stoll(value), std::stoll(value.substr(value.find(L' ')))};
+    }
+    return fixtures;
+}
+
+FakeSigntool::FakeSigntool() {
+    set(L"LOG", dir_.file(L"commands.log"));
+    set(L"ARGS", dir_.file(L"arguments.log"));
+}
+
+FakeSigntool::~FakeSigntool() {
+    for (const wchar_t* name : {L"LOG", L"ARGS", L"SAY", L"EXIT", L"TS_EXIT", L"TS_GOOD", L"COPY"})
+        set(name, L"");
+}
+
+std::wstring FakeSigntool::path() {
+    return buildFixture(L"fake-sdk\\signtool.exe");
+}
+
+void FakeSigntool::set(const wchar_t* name, const std::wstring& value) {
+    const std::wstring variable = std::wstring(L"NV_FAKE_SIGNTOOL_") + name;
+    SetEnvironmentVariableW(variable.c_str(), value.empty() ? nullptr : value.c_str());
+}
+
+namespace {
+
+std::vector<std::wstring> takeLines(const std::wstring& path) {
+    std::vector<std::wstring> lines;
+    if (!fileExists(path)) return lines;
+    const std::string text = textOf(readFile(path));
+    for (size_t at = 0, end; (end = text.find('\n', at)) != std::string::npos; at = end + 1)
+        lines.push_back(utf8ToWide(text.substr(at, end - at)));
+    DeleteFileW(path.c_str());
+    return lines;
+}
+
+} // namespace
+
+std::vector<std::wstring> FakeSigntool::takeCommandLines() {
+    return takeLines(dir_.file(L"commands.log"));
+}
+
+std::vector<std::vector<std::wstring>> FakeSigntool::takeArguments() {
+    std::vector<std::vector<std::wstring>> runs;
+    for (const std::wstring& line : takeLines(dir_.file(L"arguments.log"))) {
+        runs.emplace_back();
+        for (size_t at = 0, end; (end = line.find(L'\x1f', at)) != std::wstring::npos; at = end + 1)
+            runs.back().push_back(line.substr(at, end - at));
+    }
+    return runs;
 }
 
 void collectLine(void* lines, const std::wstring& line) {

@@ -122,6 +122,8 @@ TEST(BuildJob, FailuresLeaveThePreviousOutput) {
     test::writeFile(dir.file(L"in-the-way"), "a file where the output folder should be");
     const std::wstring held = L"Çıktı dosyası kullanımda (patcher açık olabilir): " + out;
     win::ScopedHandle holder;
+    test::FakeSigntool signtool; // reports success and signs nothing
+    test::writeFile(dir.file(L"imza.pfx"), "pfx");
 
     const std::pair<std::function<void(BuildRequest&)>, std::wstring> cases[] = {
         {[&](BuildRequest& r) { r.templatePath = dir.file(L"yok.exe"); },
@@ -146,6 +148,12 @@ TEST(BuildJob, FailuresLeaveThePreviousOutput) {
                  CreateFileW(out.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
          },
          held},
+        {[&](BuildRequest& r) {
+             r.signing.enabled = true;
+             r.signing.pfxPath = dir.file(L"imza.pfx");
+             r.signing.signtoolPath = test::FakeSigntool::path();
+         },
+         L"İmzalama başarılı göründü ama dosyada imza yok."},
     };
     for (const auto& [change, message] : cases) {
         test::writeFile(out, previous);
@@ -160,6 +168,32 @@ TEST(BuildJob, FailuresLeaveThePreviousOutput) {
         EXPECT_EQ(test::readFile(out), previous) << wideToUtf8(message);
         EXPECT_FALSE(fileExists(out + L".building")) << wideToUtf8(message);
     }
+}
+
+// The signature that the result reports is the one read back from the finished file (the stand-in "signs" by
+// putting a file that osslsigncode signed in place of the one it was given).
+TEST(BuildJob, ASignedBuildReportsTheSignatureItReadBack) {
+    test::TempDir dir;
+    test::FakeSigntool signtool;
+    const std::wstring out = dir.file(L"Kaldra.exe"),
+                       signedFile = test::buildFixture(L"signed\\signed-rfc3161.exe");
+    signtool.set(L"COPY", signedFile);
+    BuildRequest request = test::requestFor(kForeign, out);
+    request.signing.enabled = true;
+    request.signing.source = SigningSource::Automatic;
+    request.signing.signtoolPath = test::FakeSigntool::path();
+    request.signing.timestampUrl = L"http://ts.example";
+    std::vector<std::wstring> log;
+    const BuildResult result = writePatcherExecutable(request, test::collectLine, &log);
+    ASSERT_TRUE(result.ok) << wideToUtf8(result.message);
+    EXPECT_TRUE(result.wasSigned);
+    EXPECT_EQ(log.back(), L"İmza eklendi.");
+    const test::SignedFixtures fixtures = test::signedFixtures();
+    EXPECT_EQ(result.signature.subject, fixtures.subject);
+    EXPECT_EQ(result.signature.thumbprint, fixtures.thumbprint);
+    EXPECT_EQ(result.signature.timestamp, TimestampKind::Rfc3161);
+    EXPECT_EQ(test::readFile(out), test::readFile(signedFile));
+    EXPECT_FALSE(fileExists(out + L".building"));
 }
 
 // Signed templates lose their stale signature; what follows the sections and is no certificate comes through
