@@ -56,6 +56,9 @@ case_ 2 err "Değer eksik: --sign-password-env" build "$S" --out x.exe --sign-pa
 case_ 2 err "Bilinmeyen seçenek: --sign-password" build "$S" --out x.exe --sign-password gizli
 case_ 2 err "--conn 1 ile 8 arasında bir tam sayı olmalı: 0" build "$S" --out x.exe --conn 0
 case_ 2 err "Değer eksik: --session" build --session
+case_ 2 err "Eksik argüman: CLIENT_DIR" crclist
+case_ 2 err "Değer eksik: --exclude" crclist "$S" --exclude
+case_ 2 err "Seçenek iki kez verildi: --out" crclist "$S" --out a.txt --out b.txt
 check "... and nothing was written by any of them" [ ! -e "$work/o.nvsk" ]
 nv pack onlyone >/dev/null 2>"$work/err"
 check "a usage error shows the command's short usage after the message" \
