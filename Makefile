@@ -97,7 +97,9 @@ bench: bench-build windows
 	@$(WITH_WINE) sh -c 'for b in $(OUT)/windows/bench/bench_*.exe; do \
 	    echo "== windows $$(basename $$b)"; $(OUT)/windows/wine-run "$$b" || exit 1; done'
 	@echo "== download (nginx, aria2c, curl; the patcher with NV_BENCH_PATCHER)"
-	@$(WITH_WINE) bench/bench_download.py
+	@NV_BENCH_PATCHER_PREPARE="OUT=$(abspath $(OUT)) $(CURDIR)/bench/patcher_bench.sh prepare {config_url} {dest} {connections} {segment_mb}" \
+	 NV_BENCH_PATCHER="OUT=$(abspath $(OUT)) $(CURDIR)/bench/patcher_bench.sh run {config_url} {dest} {connections} {segment_mb}" \
+	 $(WITH_WINE) bench/bench_download.py
 
 # The sample skin is committed, so only a change to its generator needs this (and the packages below, which the
 # builds and CI never need). /usr/bin/python3 is named because Debian's Pillow belongs to Debian's Python.

@@ -13,11 +13,13 @@ over N connections (-j1 -xN -sN -kSEG), then the smaller ones whole, N at a time
 sum. Every tool's result is checked against the set (sizes and CRC-32) before its time counts.
 
     bench_download.py [--connections 4] [--segment-mb 4] [--rate 8m] [--size-mb 200]
-                      [--patcher 'COMMAND {config_url} {dest} {connections} {segment_mb}']
+                      [--patcher 'COMMAND {config_url} {dest} {connections} {segment_mb}'] [--patcher-prepare '...']
 
 --patcher (or the environment variable NV_BENCH_PATCHER) is a shell command with those placeholders: it must
 bring the folder {dest} to the client set announced by the remote config at {config_url} (crcpatch_url,
-crclist, crclist_crc32) and exit 0. Run by `make bench`, never by `make test`.
+crclist, crclist_crc32) and exit 0; --patcher-prepare (NV_BENCH_PATCHER_PREPARE), with the same placeholders, runs
+before it untimed (make bench builds the patcher there: bench/patcher_bench.sh). Run by `make bench`, never by
+`make test`.
 """
 
 import argparse
@@ -147,14 +149,14 @@ def curl(base, files, dest, work):
     return run_timed([["curl", "-sS", "--fail", "--create-dirs", "-K", listing]], work)
 
 
-def patcher(template, base, dest, work, connections, segment_mb):
-    # ---- HOOK: the patcher, headless ---------------------------------------------------------------------
-    # The command comes from --patcher or NV_BENCH_PATCHER, e.g. (under Wine, after `make dist`):
-    #   out/windows/wine-run dist/KaldraPatcher.exe --headless --config {config_url} ... in {dest}
-    # How the patcher is pointed at {config_url} and run in {dest} is the patcher's to define.
-    command = template.format(config_url=base + "/config.xml", dest=shlex.quote(dest), connections=connections,
-                              segment_mb=segment_mb)
-    return run_timed([command], work)
+def patcher(template, prepare, base, dest, work, connections, segment_mb):
+    """The patcher, headless: `prepare` (not timed) puts a patcher pointed at {config_url} into {dest}, the
+    timed `template` brings {dest} up to date."""
+    fill = dict(config_url=base + "/config.xml", dest=shlex.quote(dest), connections=connections,
+                segment_mb=segment_mb)
+    if prepare and run_timed([prepare.format(**fill)], work) is None:
+        return None
+    return run_timed([template.format(**fill)], work)
 
 
 def main():
@@ -164,6 +166,7 @@ def main():
     parser.add_argument("--rate", default="8m")
     parser.add_argument("--size-mb", type=int, default=200)
     parser.add_argument("--patcher", default=os.environ.get("NV_BENCH_PATCHER"))
+    parser.add_argument("--patcher-prepare", default=os.environ.get("NV_BENCH_PATCHER_PREPARE"))
     args = parser.parse_args()
     for tool in ("aria2c", "curl"):
         if not shutil.which(tool):
@@ -191,7 +194,8 @@ def main():
                 if phase == "unlimited":
                     runs.append(("curl (1 stream)", lambda d: curl(server.url, files, d, work)))
                 if args.patcher:
-                    runs.append(("patcher", lambda d: patcher(args.patcher, server.url, d, work, args.connections,
+                    runs.append(("patcher", lambda d: patcher(args.patcher, args.patcher_prepare, server.url, d, work,
+                                                              args.connections,
                                                               args.segment_mb)))
                 times = {}
                 for name, fetch in runs:

@@ -15,29 +15,12 @@
 namespace nv {
 namespace {
 
-// Windows opens these names as devices whatever their extension ("con.png" is the console), at least before
-// Windows 11.
-bool isDeviceName(const std::string& name) {
-    const std::string base = asciiLower(std::string_view(name).substr(0, name.find('.')));
-    for (const char* device : {"con", "prn", "aux", "nul", "conin$", "conout$"})
-        if (base == device) return true;
-    return base.size() == 4 && (base.starts_with("com") || base.starts_with("lpt")) && base[3] >= '0' &&
-           base[3] <= '9';
-}
-
 // Entry names come from the package as they stand; only a bare file name may become a file in the folder,
 // only one that Windows keeps as it is (it drops a trailing dot or space, so two entries could meet), and
 // only a kind of file a skin holds: a stranger's package must not drop "run.bat" or "desktop.ini" into a
 // folder.
 bool isSafeFileName(const std::string& name) {
-    if (name.empty() || name == "." || name == ".." || name.back() == '.' || name.back() == ' ' ||
-        isDeviceName(name) || skinFileName(utf8ToWide(name)).empty())
-        return false;
-    for (unsigned char c : name)
-        if (c < 0x20 || c == '/' || c == '\\' || c == ':' || c == '*' || c == '?' || c == '"' || c == '<' ||
-            c == '>' || c == '|')
-            return false;
-    return true;
+    return isKeptFileName(name) && !skinFileName(utf8ToWide(name)).empty();
 }
 
 std::wstring writeFailure(const std::wstring& path) {

@@ -1,12 +1,12 @@
 // nvbuild render: the patcher window as the builder's live preview draws it, as a PNG of the skin's size.
 
 #include "cli/nvbuild.h"
-#include "cli/skin_edits.h"
+#include "cli/recipe_options.h"
 #include "cli/skin_input.h"
 #include "core/files.h"
 #include "core/text.h"
 #include "renderer/png_writer.h"
-#include "renderer/scene.h"
+#include "renderer/preview.h"
 
 #include <new>
 
@@ -18,9 +18,9 @@ int commandRender(const Invocation& invocation, Console& console) {
     for (const GivenOption& edit : stateEdits)
         if (edit.value != L"hover" && edit.value != L"pressed")
             return invocation.usageError(console, L"--state hover ya da pressed olmalı: " + edit.value);
-    SkinEdits edits;
+    RecipeOptions edits;
     std::wstring error;
-    if (!readSkinEdits(invocation, edits, error)) return invocation.usageError(console, error);
+    if (!readRecipeOptions(invocation, edits, error)) return invocation.usageError(console, error);
 
     const std::wstring& source = invocation.arguments[0];
     const std::wstring& out = invocation.arguments[1];
@@ -34,16 +34,14 @@ int commandRender(const Invocation& invocation, Console& console) {
         console.errLine(L"Not: " + line);
 
     // Composed and loaded exactly as the live preview does it, then drawn with the preview's sample values.
-    SkinModel model;
-    std::vector<std::wstring> messages;
-    const bool loaded = workspace.loadPreviewModel(model, messages);
-    for (const std::wstring& m : messages)
+    PatcherScene scene;
+    std::vector<ControlState> states;
+    LoadMessages messages;
+    const bool loaded = prepareLivePreview(workspace, scene, states, messages);
+    for (const std::wstring& m : messages.lines())
         console.errLine(m);
     if (!loaded) return kExitFailed;
-    const PatcherScene scene = buildScene(model, workspace.settings);
     if (scene.width < 1 || scene.height < 1) return failed(console, L"Skinin pencere boyutu yok.");
-    std::vector<ControlState> states = defaultStates(scene);
-    applyPreviewSamples(scene, states);
     for (const GivenOption& edit : stateEdits) {
         const int index = findControl(scene, wideToUtf8(edit.second));
         if (index < 0) return failed(console, L"Skinde bu kimlikte kontrol yok: " + edit.second);
@@ -51,11 +49,11 @@ int commandRender(const Invocation& invocation, Console& console) {
     }
     if (!rendererDrawsText()) console.errLine(L"Not: bu yapı metin çizmez; metinleri Windows yapısı çizer.");
 
+    PreviewPicture picture;
     Bytes png;
     try {
-        std::vector<uint32_t> pixels(size_t(scene.width) * size_t(scene.height));
-        renderScene(scene, states, true, pixels.data());
-        png = encodePng(pixels.data(), scene.width, scene.height);
+        if (!drawPicture(scene, states, true, picture)) return failed(console, L"Bellek yetersiz.");
+        png = encodePng(picture.pixels.data(), picture.width, picture.height);
     } catch (const std::bad_alloc&) {
         return failed(console, L"Bellek yetersiz.");
     }
@@ -83,7 +81,7 @@ const std::wstring kRenderHelp =
         L"Skinde\n"
         L"                            o kimlikte kontrol yoksa çıkış 1.\n"
         L"\n") +
-    std::wstring(kSkinEditsHelp) +
+    skinEditsHelp() +
     L"\n"
     L"Skin, oluşturucunun canlı önizlemesindeki gibi düzenlemelerle derlenir ve önizlemenin örnek "
     L"değerleriyle\n"

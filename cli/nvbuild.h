@@ -117,5 +117,6 @@ extern const Command kLintCommand;
 extern const Command kComposeCommand;
 extern const Command kRenderCommand;
 extern const Command kBuildCommand;
+extern const Command kCrclistCommand;
 
 } // namespace nv

@@ -111,4 +111,35 @@ void Crc32::update(const void* data, size_t size) {
     state = c;
 }
 
+namespace {
+
+// Polynomials over GF(2) in the reflected bit order of the checksum: bit 31 is x^0.
+uint32_t multiplyModP(uint32_t a, uint32_t b) {
+    uint32_t product = 0;
+    for (uint32_t bit = 0x80000000u; bit != 0; bit >>= 1) {
+        if (a & bit) product ^= b;
+        b = (b & 1) ? (b >> 1) ^ 0xEDB88320u : b >> 1; // b times x
+    }
+    return product;
+}
+
+// x^(8 * bytes) modulo the polynomial, by squaring: x^(2^k) for each set bit of the bit count.
+uint32_t xPowerOfBytes(uint64_t bytes) {
+    uint32_t result = 0x80000000u; // x^0
+    uint32_t square = 0x00800000u; // x^8: one byte
+    for (; bytes != 0; bytes >>= 1) {
+        if (bytes & 1) result = multiplyModP(result, square);
+        square = multiplyModP(square, square);
+    }
+    return result;
+}
+
+} // namespace
+
+uint32_t crc32Combine(uint32_t crcA, uint32_t crcB, uint64_t lengthB) {
+    // The pre- and post-conditioning cancel out in the difference, so A's checksum only needs shifting past
+    // B's bytes.
+    return multiplyModP(xPowerOfBytes(lengthB), crcA) ^ crcB;
+}
+
 } // namespace nv

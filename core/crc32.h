@@ -23,6 +23,10 @@ struct Crc32 {
     }
 };
 
+// The CRC-32 of A followed by B, from crc(A), crc(B) and B's length: pieces of one file checked apart (the
+// segments of a download, each summed as it arrives) give the whole file's checksum without reading it again.
+uint32_t crc32Combine(uint32_t crcA, uint32_t crcB, uint64_t lengthB);
+
 // CRC-32 and byte size of a whole file (platform layer: a shared sequential read with one 64 KiB buffer).
 // On a failed read returns false with the checksum of what was read.
 bool fileCrc32(const std::wstring& path, uint32_t& crc, uint64_t& size);

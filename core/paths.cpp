@@ -1,5 +1,7 @@
 #include "core/paths.h"
 
+#include "core/text.h"
+
 namespace nv {
 namespace {
 
@@ -50,6 +52,25 @@ std::wstring pathJoin(std::wstring_view a, std::wstring_view b) {
     if (!isPathSeparator(out.back())) out.push_back(separator);
     out.append(b);
     return out;
+}
+
+bool isWindowsDeviceName(std::string_view name) {
+    const std::string base = asciiLower(name.substr(0, name.find('.')));
+    for (const char* device : {"con", "prn", "aux", "nul", "conin$", "conout$"})
+        if (base == device) return true;
+    return base.size() == 4 && (base.starts_with("com") || base.starts_with("lpt")) && base[3] >= '0' &&
+           base[3] <= '9';
+}
+
+bool isKeptFileName(std::string_view name) {
+    if (name.empty() || name == "." || name == ".." || name.back() == '.' || name.back() == ' ' ||
+        isWindowsDeviceName(name))
+        return false;
+    for (unsigned char c : name)
+        if (c < 0x20 || c == '/' || c == '\\' || c == ':' || c == '*' || c == '?' || c == '"' || c == '<' ||
+            c == '>' || c == '|')
+            return false;
+    return true;
 }
 
 } // namespace nv

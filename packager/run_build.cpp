@@ -14,17 +14,10 @@ BuildResult runBuild(const SkinWorkspace& workspace, const BuildInputs& inputs, 
     BuildResult result;
     try {
         Bytes package;
-        std::vector<std::wstring> messages;
+        LoadMessages messages;
         const bool composed = workspace.buildSkinPackage(package, messages);
-        if (!composed) {
-            // The composition's failure is its last message; the ones before it are warnings.
-            result.message = L"Skin paketi boş.";
-            if (!messages.empty()) {
-                result.message = std::move(messages.back());
-                messages.pop_back();
-            }
-        }
-        result.warnings = std::move(messages);
+        if (!composed) result.message = messages.error.empty() ? L"Skin paketi boş." : messages.error;
+        result.warnings = std::move(messages.warnings);
         if (!composed) return result;
         if (options.strict && !result.warnings.empty()) {
             result.message = L"Skin doğrulaması " + std::to_wstring(result.warnings.size()) +

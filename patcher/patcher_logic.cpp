@@ -17,6 +17,10 @@ PatcherOptions parsePatcherArgs(const std::vector<std::wstring>& args) {
     for (size_t i = 0; i < args.size(); ++i) {
         if (equalsArg(args[i], L"--preview")) {
             options.preview = true;
+        } else if (equalsArg(args[i], L"--headless")) {
+            options.headless = true;
+        } else if (equalsArg(args[i], L"repair") || equalsArg(args[i], L"--repair")) {
+            options.repair = true;
         } else if (equalsArg(args[i], L"--snap") && i + 1 < args.size()) {
             options.snap = true;
             options.snapPath = args[++i];
@@ -32,15 +36,15 @@ std::wstring patcherTitle(const PatcherScene& scene, bool preview) {
     return title;
 }
 
-std::vector<ControlState> startStates(const PatcherScene& scene, bool preview) {
+std::vector<ControlState> startStates(const PatcherScene& scene, bool preview, bool updating) {
+    if (preview) return previewStates(scene);
     std::vector<ControlState> states = defaultStates(scene);
-    if (preview) {
-        applyPreviewSamples(scene, states);
-        return states;
+    for (size_t i = 0; i < scene.controls.size(); ++i) {
+        const SkinControl& control = scene.controls[i];
+        if (control.kind == ControlKind::Text && control.id == "TEXT_MAIN")
+            states[i].text = updating ? sceneText(scene, "CONFIG_LOADING") : kNoUpdateSourceText;
+        if (updating && control.enableOnComplete) states[i].enabled = false;
     }
-    for (size_t i = 0; i < scene.controls.size(); ++i)
-        if (scene.controls[i].kind == ControlKind::Text && scene.controls[i].id == "TEXT_MAIN")
-            states[i].text = kNoUpdateSourceText;
     return states;
 }
 
@@ -48,6 +52,7 @@ ButtonAction buttonAction(const SkinControl& control) {
     if (control.kind != ControlKind::Button) return ButtonAction::None;
     if (control.id == "BTN_CLOSE") return ButtonAction::Close;
     if (control.id == "BTN_MINIMIZE") return ButtonAction::Minimize;
+    if (control.id == "BTN_REPAIR") return ButtonAction::Repair;
     if (!trim(control.execPath).empty()) return ButtonAction::StartGame;
     if (!trim(control.link).empty()) return ButtonAction::OpenLink;
     return ButtonAction::None;

@@ -3,6 +3,7 @@
 // with, what a click on a button does and how the pointer moves hover and press between controls. The window
 // (win32/) only carries these decisions out.
 
+#include "renderer/preview.h"
 #include "renderer/scene.h"
 
 #include <string>
@@ -14,6 +15,9 @@ struct PatcherOptions {
     bool preview = false; // "--preview": no network, no disk work, sample values, nothing is started
     bool snap = false;    // "--snap OUT.png": render the window once into a PNG and exit, showing nothing
     std::wstring snapPath;
+    bool headless =
+        false; // "--headless": the update without a window, progress on stdout; never starts the game
+    bool repair = false; // "repair" (or "--repair"): every file read again, whatever the state file says
 };
 
 // args: the arguments after the program's name; names compared without regard to ASCII case. "--snap" without
@@ -27,14 +31,15 @@ inline constexpr const wchar_t* kNoUpdateSourceText = L"Güncelleme kaynağı ya
 // ends with the locale text of "NV_PREVIEW".
 std::wstring patcherTitle(const PatcherScene& scene, bool preview);
 
-// The states the window opens with: the preview's sample values, or else the plain status text (every button,
-// the start button included, enabled; gauges empty).
-std::vector<ControlState> startStates(const PatcherScene& scene, bool preview);
+// The states the window opens with: the preview's sample values; else, when the patcher updates the game, the
+// first step's text with the controls marked enable_on_complete disabled until the game is up to date; else
+// the plain status text (every button, the start button included, enabled; gauges empty).
+std::vector<ControlState> startStates(const PatcherScene& scene, bool preview, bool updating = false);
 
-enum class ButtonAction { None, Close, Minimize, StartGame, OpenLink };
+enum class ButtonAction { None, Close, Minimize, StartGame, OpenLink, Repair };
 
-// "BTN_CLOSE" closes and "BTN_MINIMIZE" minimises whatever else they carry; then a button with `exec_path`
-// starts the game and one with a link opens it.
+// "BTN_CLOSE" closes, "BTN_MINIMIZE" minimises and "BTN_REPAIR" reads every game file again, whatever else
+// they carry; then a button with `exec_path` starts the game and one with a link opens it.
 ButtonAction buttonAction(const SkinControl& control);
 
 // The game's command line: its full path in quotes, then the run arguments.

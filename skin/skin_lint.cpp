@@ -533,9 +533,9 @@ std::wstring foldNameCase(std::wstring_view name) {
 LintReport lintSkin(const SkinFileSet& files) {
     LintReport report;
     SkinModel model;
-    std::vector<std::wstring> warnings;
-    report.loaded = loadSkinModel(files, model, &warnings);
-    for (std::wstring& w : warnings)
+    LoadMessages messages;
+    report.loaded = loadSkinModel(files, model, &messages);
+    for (std::wstring& w : messages.lines())
         report.findings.push_back({"", 0, "loader", std::move(w), 0, {}});
     // The loader takes any number of files; a package, and so a build, takes at most this many.
     if (files.entries.size() > kSkinPackageMaxEntries)

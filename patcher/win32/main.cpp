@@ -5,12 +5,16 @@
 #include "core/text.h"
 #include "core/win32/gdiplus_session.h"
 #include "patcher/patcher_logic.h"
+#include "patcher/win32/headless.h"
 #include "patcher/win32/patcher_window.h"
 #include "renderer/png_writer.h"
+#include "renderer/preview.h"
 #include "renderer/scene.h"
 #include "skin/locale.h"
+#include "skin/skin_import.h"
 #include "skin/skin_model.h"
 #include "skin/win32/embedded_skin.h"
+#include "update/win32/self_update.h"
 
 #include <windows.h>
 
@@ -47,7 +51,7 @@ void writeStderr(const std::wstring& text) {
 }
 
 int fail(const PatcherOptions& options, const std::wstring& text) {
-    if (options.snap) {
+    if (options.snap || options.headless) {
         writeStderr(text);
     } else {
         LocaleTable defaults;
@@ -59,7 +63,7 @@ int fail(const PatcherOptions& options, const std::wstring& text) {
 
 // The skin of this very executable, loaded and ready to draw. A missing or damaged skin is reported with the
 // built-in text of "ERROR_NO_SKIN" and the reader's or loader's reason on a second line.
-bool loadOwnSkin(PatcherScene& scene, std::wstring& message) {
+bool loadOwnSkin(PatcherScene& scene, UpdateSource& source, std::wstring& message) {
     LocaleTable defaults;
     loadLocaleDefaults(defaults);
     const std::wstring noSkin = localeText(defaults, "ERROR_NO_SKIN");
@@ -70,12 +74,14 @@ bool loadOwnSkin(PatcherScene& scene, std::wstring& message) {
         return false;
     }
     SkinModel model;
-    std::vector<std::wstring> warnings;
-    if (!loadSkinModel(files, model, &warnings)) {
-        message = noSkin + L"\n" + (warnings.empty() ? std::wstring() : warnings.front());
+    LoadMessages messages;
+    if (!loadSkinModel(files, model, &messages)) {
+        message = noSkin + L"\n" + messages.error;
         return false;
     }
     scene = buildScene(model, model.settings);
+    source.remoteConfigPath = model.remoteConfigPath;
+    source.localConfigPath = model.localConfigPath;
     if (scene.width < 1 || scene.height < 1) {
         message = noSkin;
         return false;
@@ -84,24 +90,47 @@ bool loadOwnSkin(PatcherScene& scene, std::wstring& message) {
 }
 
 int snapshot(const PatcherScene& scene, const PatcherOptions& options) {
-    std::vector<uint32_t> pixels(size_t(scene.width) * size_t(scene.height));
-    renderScene(scene, startStates(scene, options.preview), /*drawNews=*/true, pixels.data());
-    const Bytes png = encodePng(pixels.data(), scene.width, scene.height);
+    PreviewPicture picture;
+    if (!drawPicture(scene, startStates(scene, options.preview), /*drawNews=*/true, picture))
+        return kExitFailed;
+    const Bytes png = encodePng(picture.pixels.data(), picture.width, picture.height);
     if (!writeFileAtomic(options.snapPath, png))
         return fail(options,
                     L"PNG yazılamadı: " + options.snapPath + L"\n" + systemErrorText(lastSystemError()));
     return kExitOk;
 }
 
+// --headless draws nothing: the skin's texts, settings and addresses are enough, its pictures are not
+// decoded (a second or two under a slow system, on every run of an operator's script).
+int headless(const PatcherOptions& options) {
+    SkinFileSet files;
+    std::wstring reason;
+    LocaleTable defaults;
+    loadLocaleDefaults(defaults);
+    if (!readEmbeddedSkin(GetModuleHandleW(nullptr), files, &reason))
+        return fail(options, localeText(defaults, "ERROR_NO_SKIN") + L"\n" + reason);
+    SkinTexts texts;
+    readSkinTexts(files, texts);
+    PatcherScene scene;
+    scene.strings = std::move(texts.strings);
+    scene.settings = texts.settings;
+    update::removeAsideCopy(exePath());
+    return runHeadless(scene, UpdateSource{texts.remoteConfigPath, texts.localConfigPath}, options);
+}
+
 int run(HINSTANCE instance) {
     const PatcherOptions options = parsePatcherArgs(commandLineArgs());
+    if (options.headless) return headless(options);
     GdiplusSession gdiplus; // pictures are decoded and text is drawn with GDI+
     PatcherScene scene;
+    UpdateSource source;
     std::wstring message;
-    if (!loadOwnSkin(scene, message)) return fail(options, message);
+    if (!loadOwnSkin(scene, source, message)) return fail(options, message);
     if (options.snap) return snapshot(scene, options);
+    // The copy of the previous patcher that a self-update moved aside (a preview touches no file).
+    if (!options.preview) update::removeAsideCopy(exePath());
 
-    PatcherWindow window(std::move(scene), options.preview);
+    PatcherWindow window(std::move(scene), options.preview, std::move(source), options.repair);
     if (!window.open(instance, message)) return fail(options, L"Pencere oluşturulamadı.\n" + message);
     MSG msg;
     while (GetMessageW(&msg, nullptr, 0, 0) > 0) {

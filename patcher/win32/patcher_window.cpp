@@ -5,6 +5,7 @@
 #include "core/text.h"
 
 #include <shellapi.h>
+#include <tlhelp32.h>
 #include <windowsx.h>
 
 #include <algorithm>
@@ -43,8 +44,13 @@ POINT centredPosition(int width, int height) {
 
 } // namespace
 
-PatcherWindow::PatcherWindow(PatcherScene scene, bool preview)
-    : scene_(std::move(scene)), preview_(preview), states_(startStates(scene_, preview)) {}
+PatcherWindow::PatcherWindow(PatcherScene scene, bool preview, UpdateSource source, bool repair)
+    : scene_(std::move(scene)), preview_(preview), repairFirst_(repair) {
+    // A preview does no network or disk work.
+    const bool updating = !preview_ && !trim(source.remoteConfigPath).empty();
+    states_ = startStates(scene_, preview_, updating);
+    if (updating) update_ = std::make_unique<UpdateView>(scene_, std::move(source), *this);
+}
 
 bool PatcherWindow::open(HINSTANCE instance, std::wstring& error) {
     if (!frame_.create(scene_.width, scene_.height)) {
@@ -68,6 +74,7 @@ bool PatcherWindow::open(HINSTANCE instance, std::wstring& error) {
     redraw();
     ShowWindow(hwnd_, SW_SHOW);
     UpdateWindow(hwnd_);
+    if (update_) update_->start(hwnd_, states_, repairFirst_);
     return true;
 }
 
@@ -83,6 +90,10 @@ LRESULT CALLBACK PatcherWindow::windowProc(HWND hwnd, UINT message, WPARAM wPara
 }
 
 LRESULT PatcherWindow::handle(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (update_ && update_->handle(message, wParam, lParam, states_)) {
+        if (closing_ && !update_->running()) DestroyWindow(hwnd_);
+        return 0;
+    }
     switch (message) {
     case WM_NCHITTEST: {
         // Whatever is not a button or the news area moves the window: the system drags it as a caption.
@@ -148,7 +159,18 @@ LRESULT PatcherWindow::handle(UINT message, WPARAM wParam, LPARAM lParam) {
     }
     case WM_ERASEBKGND:
         return 1; // the whole window is painted from the off-screen picture
+    case WM_KEYDOWN:
+        if (wParam == 'R' && GetKeyState(VK_CONTROL) < 0) repair();
+        break;
     case WM_CLOSE:
+        // A run in progress is stopped first: it ends within the receive timeout and leaves no half-written
+        // file; the window goes once it has.
+        if (update_ && update_->running()) {
+            closing_ = true;
+            update_->cancel();
+            ShowWindow(hwnd_, SW_HIDE);
+            return 0;
+        }
         DestroyWindow(hwnd_);
         return 0;
     case WM_DESTROY:
@@ -221,7 +243,15 @@ void PatcherWindow::act(int control) {
         ShowWindow(hwnd_, SW_MINIMIZE);
         break;
     case ButtonAction::StartGame:
-        if (!preview_) startGame(c); // a preview never starts anything
+        if (preview_) break; // a preview never starts anything
+        if (update_ && update_->running()) {
+            showError(sceneText(scene_, "TORRENT_FOREGROUND_PATCH_RUN_GAME"));
+            break;
+        }
+        startGame(c);
+        break;
+    case ButtonAction::Repair:
+        if (!preview_) repair();
         break;
     case ButtonAction::OpenLink:
         // Links open in preview too: the operator checks them there.
@@ -232,9 +262,36 @@ void PatcherWindow::act(int control) {
     }
 }
 
+namespace {
+
+// Whether a program of that file name runs (a game started earlier, perhaps from its own shortcut).
+bool programRuns(const std::wstring& fileName) {
+    HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
+    if (snapshot == INVALID_HANDLE_VALUE) return false;
+    PROCESSENTRY32W entry{};
+    entry.dwSize = sizeof entry;
+    bool found = false;
+    for (BOOL more = Process32FirstW(snapshot, &entry); more && !found;
+         more = Process32NextW(snapshot, &entry))
+        found = lowerWide(entry.szExeFile) == lowerWide(fileName);
+    CloseHandle(snapshot);
+    return found;
+}
+
+} // namespace
+
 void PatcherWindow::startGame(const SkinControl& control) {
     const std::wstring folder = exeFolder();
-    const std::wstring game = pathJoin(folder, trim(control.execPath));
+    const std::wstring relative = trim(control.execPath);
+    if (relative.empty()) {
+        showError(sceneText(scene_, "RUN_PATH_EMPTY"));
+        return;
+    }
+    const std::wstring game = pathJoin(folder, relative);
+    if (programRuns(pathFileName(game))) {
+        showError(sceneText(scene_, "NV_GAME_RUNNING"));
+        return;
+    }
     std::wstring commandLine = gameCommandLine(game, scene_.settings.runArgs);
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
@@ -242,6 +299,10 @@ void PatcherWindow::startGame(const SkinControl& control) {
     if (!CreateProcessW(game.c_str(), commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, folder.c_str(),
                         &startup, &process)) {
         const DWORD code = GetLastError();
+        if (code == ERROR_FILE_NOT_FOUND || code == ERROR_PATH_NOT_FOUND) {
+            showError(fillPlaceholder(sceneText(scene_, "CREATE_PROCESS_ERROR_2"), game));
+            return;
+        }
         showError(fillPlaceholder(sceneText(scene_, "ERROR_EXECUTE_PROCESS"), std::to_wstring(code)) +
                   L"\n\n" + game + L"\n" + systemErrorText(code));
         return;
@@ -249,6 +310,24 @@ void PatcherWindow::startGame(const SkinControl& control) {
     CloseHandle(process.hThread);
     CloseHandle(process.hProcess);
     if (scene_.settings.closeOnStart) PostMessageW(hwnd_, WM_CLOSE, 0, 0);
+}
+
+void PatcherWindow::startGameNow() {
+    for (const SkinControl& control : scene_.controls)
+        if (buttonAction(control) == ButtonAction::StartGame) {
+            startGame(control);
+            return;
+        }
+}
+
+void PatcherWindow::closeWindow() {
+    PostMessageW(hwnd_, WM_CLOSE, 0, 0);
+}
+
+// The player asks for every file to be read again (a button "BTN_REPAIR", or Ctrl+R).
+void PatcherWindow::repair() {
+    if (update_ && !update_->running()) update_->start(hwnd_, states_, true);
+    redraw();
 }
 
 void PatcherWindow::showError(const std::wstring& text) const {

@@ -5,18 +5,22 @@
 
 #include "patcher/patcher_logic.h"
 #include "patcher/win32/frame_buffer.h"
+#include "patcher/win32/update_view.h"
 #include "renderer/scene.h"
 
 #include <windows.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace nv {
 
-class PatcherWindow {
+class PatcherWindow : public UpdateView::Host {
 public:
-    PatcherWindow(PatcherScene scene, bool preview);
+    // source: where the game's files come from (no remoteConfigPath: the patcher updates nothing); repair:
+    // the first run reads every file again.
+    PatcherWindow(PatcherScene scene, bool preview, UpdateSource source = {}, bool repair = false);
     PatcherWindow(const PatcherWindow&) = delete;
     PatcherWindow& operator=(const PatcherWindow&) = delete;
 
@@ -37,6 +41,12 @@ private:
     void act(int control);
     void startGame(const SkinControl& control);
     void showError(const std::wstring& text) const;
+    void repair();
+
+    // UpdateView::Host
+    void statesChanged() override { redraw(); }
+    void startGameNow() override;
+    void closeWindow() override;
 
     PatcherScene scene_;
     bool preview_;
@@ -46,6 +56,9 @@ private:
     win::FrameBuffer frame_;
     HWND hwnd_ = nullptr;
     bool trackingLeave_ = false;
+    bool repairFirst_ = false;
+    bool closing_ = false; // the window waits, hidden, for its update run to end
+    std::unique_ptr<UpdateView> update_;
 };
 
 } // namespace nv

@@ -61,6 +61,9 @@ for version in v2.1 1.2.3.4.5 70000.1 1..2 ""; do
         build "$S" --out x.exe --version "$version"
 done
 case_ 2 err "--conn 1 ile 8 arasında bir tam sayı olmalı: 9" render "$S" "$O" --conn 9
+case_ 2 err "Eksik argüman: CLIENT_DIR" crclist
+case_ 2 err "Değer eksik: --exclude" crclist "$S" --exclude
+case_ 2 err "Seçenek iki kez verildi: --out" crclist "$S" --out a.txt --out b.txt
 check "... and nothing was written by any of them" [ ! -e "$work/o.nvsk" ]
 nv pack onlyone >/dev/null 2>"$work/err"
 check "a usage error shows the command's short usage after the message" \

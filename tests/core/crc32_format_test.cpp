@@ -59,6 +59,29 @@ TEST(Crc32, LongRunsMatchTheBitwiseDefinition) {
     EXPECT_EQ(Crc32::of(ones.data(), ones.size()), slowCrc(ones));
 }
 
+// Pieces summed apart combine into the checksum of the whole, for empty pieces and lengths across the bit
+// boundaries of the shift.
+TEST(Crc32, CombinedPiecesGiveTheWholeChecksum) {
+    const Bytes data = test::noiseBytes(70000, 5);
+    for (size_t split : {0, 1, 2, 3, 8, 255, 256, 4097, 65536, 69999, 70000}) {
+        const uint32_t a = Crc32::of(data.data(), split);
+        const uint32_t b = Crc32::of(data.data() + split, data.size() - split);
+        ASSERT_EQ(crc32Combine(a, b, data.size() - split), Crc32::of(data.data(), data.size()))
+            << "split " << split;
+    }
+    // Past 4 GiB the shift needs more than 32 bits: 8192 MiB of zeros summed one mebibyte at a time must
+    // equal the same made by doubling, whose last step shifts by 4096 MiB.
+    const Bytes zeros(1 << 20, 0);
+    const uint32_t mebibyte = Crc32::of(zeros.data(), zeros.size());
+    uint32_t pieceByPiece = mebibyte;
+    for (int i = 1; i < 8192; ++i)
+        pieceByPiece = crc32Combine(pieceByPiece, mebibyte, zeros.size());
+    uint32_t doubled = mebibyte;
+    for (uint64_t length = zeros.size(); length <= (uint64_t(1) << 32); length *= 2)
+        doubled = crc32Combine(doubled, doubled, length);
+    EXPECT_EQ(pieceByPiece, doubled);
+}
+
 TEST(FileCrc32, ChecksumsAWholeFileAcrossBufferBoundaries) {
     test::TempDir dir;
     Bytes data = test::noiseBytes(0x10000 * 3 + 17, 3);

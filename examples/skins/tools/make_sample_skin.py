@@ -147,6 +147,8 @@ LOCALE = [
     ("URL_SUPPORT", "https://destek.kaldra.example/"),
     ("NV_NEWS", "Haberler ve Duyurular"),
     ("NV_UP_TO_DATE", "Kaldra güncel; maceraya hazırsın."),
+    ("TORRENT_DOWNLOAD_SPEED", "%s/sn"),
+    ("NV_REMAINING", "· %s kaldı"),
     ("NV_WAIT_GAME", "Oyun başlatılıyor, lütfen bekleyin..."),
     ("NV_FEED_ONLINE", "Sunucu Çevrimiçi"),
     ("NV_FEED_MAINTENANCE", "Bakım çalışması sürüyor"),

@@ -167,8 +167,19 @@ TEST(Template, PreviewSnapshotIsTheSamePictureAsNvbuildRender) {
 // The sample whose start button starts "oyun.exe" beside the patcher: a copy of nvbuild told by the run
 // arguments to render the sample into its working folder, as started.png. Its site button's link is a script
 // that leaves opened.txt.
-Bytes gameSkin(const test::TempDir& dir) {
+// The sample without its server address: such a patcher updates nothing, so its start button is usable at
+// once (the updating patcher is tested against real servers in tests/update/patcher_e2e.py).
+SkinFileSet sampleWithoutUpdates() {
     SkinFileSet files = sampleFiles();
+    std::string address = test::textOf(*files.findFile("fernwick.url.xml"));
+    const std::string remote = "https://patch.kaldra.example/launcher/config.xml";
+    address.replace(address.find(remote), remote.size(), "");
+    files.putFile("fernwick.url.xml", test::bytesOf(address));
+    return files;
+}
+
+Bytes gameSkin(const test::TempDir& dir) {
+    SkinFileSet files = sampleWithoutUpdates();
     const std::string args = "render \"" + test::fsPath(sampleSkin()).string() + "\" started.png";
     files.putFile("norvane.ini",
                   test::bytesOf("[patcher]\r\ntitle=Kaldra Online\r\nclose_on_start=1\r\nrun_args=" + args));
@@ -246,7 +257,7 @@ TEST(Template, ReportsWhatStopsItInAMessageBox) {
         EXPECT_EQ(bare.wait(20000), 1);
     }
     // The start button's game is not there.
-    SkinFileSet files = sampleFiles();
+    SkinFileSet files = sampleWithoutUpdates();
     std::string skinXml = test::textOf(*files.findFile("skin.xml"));
     skinXml.replace(skinXml.find("KaldraOyun.exe"), 14, "yok.exe");
     files.putFile("skin.xml", test::bytesOf(skinXml));
@@ -255,7 +266,7 @@ TEST(Template, ReportsWhatStopsItInAMessageBox) {
     ASSERT_NE(window, nullptr);
     click(window, 700, 500); // BTN_START
     const std::wstring text = dismissMessageBox(patcher);
-    EXPECT_NE(text.find(L"Oyun başlatılamadı (ErrorCode 2)"), std::wstring::npos) << wideToUtf8(text);
+    EXPECT_NE(text.find(L"Oyun dosyası bulunamadı: "), std::wstring::npos) << wideToUtf8(text);
     EXPECT_NE(text.find(dir.file(L"yok.exe")), std::wstring::npos) << wideToUtf8(text);
     EXPECT_EQ(patcher.wait(300), -1); // still open
 }
