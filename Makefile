@@ -99,6 +99,7 @@ bench: bench-build windows
 	@echo "== download (nginx, aria2c, curl; the patcher with NV_BENCH_PATCHER)"
 	@NV_BENCH_PATCHER_PREPARE="OUT=$(abspath $(OUT)) $(CURDIR)/bench/patcher_bench.sh prepare {config_url} {dest} {connections} {segment_mb}" \
 	 NV_BENCH_PATCHER="OUT=$(abspath $(OUT)) $(CURDIR)/bench/patcher_bench.sh run {config_url} {dest} {connections} {segment_mb}" \
+	 NV_BENCH_PATCHER_START="OUT=$(abspath $(OUT)) $(CURDIR)/bench/patcher_bench.sh start" \
 	 $(WITH_WINE) bench/bench_download.py
 
 # The sample skin is committed, so only a change to its generator needs this (and the packages below, which the
