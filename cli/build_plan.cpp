@@ -31,7 +31,8 @@ bool chooseSigningSource(const RecipeOptions& options, SigningOptions& signing, 
             if (g.key->name != value.key) continue;
             if (first && signing.source != value.source) {
                 error = std::wstring(first->key->option) + L" ve " + std::wstring(g.key->option) +
-                        L" farklı imza kaynaklarına ait; " + std::wstring(sourceKey.option) + L" ile birini seçin";
+                        L" farklı imza kaynaklarına ait; " + std::wstring(sourceKey.option) +
+                        L" ile birini seçin";
                 return false;
             }
             if (!first) first = &g;

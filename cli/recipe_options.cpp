@@ -93,7 +93,8 @@ bool applyRecipeOptions(const RecipeOptions& options, OptionPart part, Recipe& r
     std::vector<const RecipeKey*> emptied;
     for (const RecipeOptions::Given& g : options.given) {
         if (g.key->secret || !inPart(*g.key, part)) continue;
-        if (g.key->type == KeyType::List && std::find(emptied.begin(), emptied.end(), g.key) == emptied.end()) {
+        if (g.key->type == KeyType::List &&
+            std::find(emptied.begin(), emptied.end(), g.key) == emptied.end()) {
             g.key->list(recipe).clear();
             emptied.push_back(g.key);
         }

@@ -20,10 +20,10 @@
 namespace nv {
 
 enum class KeyType {
-    Text,  // free text (an address, a path, a name)
-    Count, // a whole number within a range
-    Flag,  // on or off: "1" or "0"
-    Links, // the button links: one "link.<number>.<id>" line each, a repeatable ID=URL option
+    Text,   // free text (an address, a path, a name)
+    Count,  // a whole number within a range
+    Flag,   // on or off: "1" or "0"
+    Links,  // the button links: one "link.<number>.<id>" line each, a repeatable ID=URL option
     Choice, // one of a few names ("pfx", "store"...), kept as its place among them
     List,   // several words (addresses) on one line, blanks between them; a repeatable option adds one each
 };
@@ -429,8 +429,8 @@ bool readKeyText(const RecipeKey& key, Recipe& recipe, std::wstring_view text);
 int clampedCount(const RecipeKey& key, std::wstring_view text, int delta = 0);
 
 // Whether an option's value has the key's form, as the command line must give it: a Count a decimal within
-// its range, a Flag exactly "0" or "1", a Choice one of its names, a link "ID=URL" with an ID. When it has not, error says which option
-// and why (a usage error).
+// its range, a Flag exactly "0" or "1", a Choice one of its names, a link "ID=URL" with an ID. When it has
+// not, error says which option and why (a usage error).
 bool checkKeyOption(const RecipeKey& key, const std::wstring& value, std::wstring& error);
 
 // An option's checked value into the recipe. A List's words are added to it (the caller empties it before the

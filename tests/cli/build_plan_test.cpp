@@ -99,9 +99,9 @@ TEST_F(BuildPlanTest, EveryOptionReachesTheValueOfItsSessionKey) {
         // Naming a certificate source, or what only one source uses, on the command line asks for a signature
         // with that source; the file has keys of its own for both.
         const std::pair<std::string_view, SigningSource> chosen[] = {
-            {"sign_source", SigningSource::Command}, {"sign_pfx", SigningSource::PfxFile},
+            {"sign_source", SigningSource::Command},   {"sign_pfx", SigningSource::PfxFile},
             {"sign_thumbprint", SigningSource::Store}, {"sign_dlib", SigningSource::Plugin},
-            {"sign_dmdf", SigningSource::Plugin},     {"sign_command", SigningSource::Command}};
+            {"sign_dmdf", SigningSource::Plugin},      {"sign_command", SigningSource::Command}};
         for (const auto& [option, source] : chosen) {
             if (key.name != option) continue;
             expected.signing.enabled = true;
@@ -119,7 +119,8 @@ TEST_F(BuildPlanTest, EveryOptionReachesTheValueOfItsSessionKey) {
 // The command line picks the source; values of two sources without --sign-source are a usage error; a list
 // given on the command line replaces the file's, every use adding to it.
 TEST_F(BuildPlanTest, SigningSourceAndTimestampListFromTheCommandLine) {
-    const std::string file = "sign=0\nsign_source=store\nsign_thumbprint=AB\nsign_ts_more=http://dosya.example\n";
+    const std::string file =
+        "sign=0\nsign_source=store\nsign_thumbprint=AB\nsign_ts_more=http://dosya.example\n";
     BuildPlan p = plan(file, {});
     EXPECT_FALSE(p.inputs.signing.enabled);
     EXPECT_EQ(p.inputs.signing.source, SigningSource::Store);
@@ -131,13 +132,16 @@ TEST_F(BuildPlanTest, SigningSourceAndTimestampListFromTheCommandLine) {
     EXPECT_TRUE(p.inputs.signing.machineStore);
     EXPECT_EQ(p.inputs.signing.thumbprint, L"AB") << "the other sources' values are kept";
 
-    p = plan(file, {{L"--sign-ts-more", L"http://a.example", L""}, {L"--sign-ts-more", L"http://b.example", L""}});
+    p = plan(file,
+             {{L"--sign-ts-more", L"http://a.example", L""}, {L"--sign-ts-more", L"http://b.example", L""}});
     EXPECT_EQ(p.inputs.signing.moreTimestampUrls,
               (std::vector<std::wstring>{L"http://a.example", L"http://b.example"}));
     EXPECT_FALSE(p.inputs.signing.enabled) << "a time-stamp server alone asks for nothing";
 
     // An explicit source settles what the values alone leave open.
-    p = plan(file, {{L"--sign-pfx", L"c.pfx", L""}, {L"--sign-dlib", L"e.dll", L""}, {L"--sign-source", L"plugin", L""}});
+    p = plan(file, {{L"--sign-pfx", L"c.pfx", L""},
+                    {L"--sign-dlib", L"e.dll", L""},
+                    {L"--sign-source", L"plugin", L""}});
     EXPECT_EQ(p.inputs.signing.source, SigningSource::Plugin);
 
     Invocation invocation(kBuildCommand);
@@ -149,9 +153,10 @@ TEST_F(BuildPlanTest, SigningSourceAndTimestampListFromTheCommandLine) {
     QuietConsole console;
     BuildPlan refused;
     EXPECT_EQ(planBuild(invocation, console, refused), kExitUsage);
-    EXPECT_NE(console.text.find(L"--sign-dlib ve --sign-thumbprint farklı imza kaynaklarına ait; --sign-source ile "
-                                L"birini seçin"),
-              std::wstring::npos)
+    EXPECT_NE(
+        console.text.find(L"--sign-dlib ve --sign-thumbprint farklı imza kaynaklarına ait; --sign-source ile "
+                          L"birini seçin"),
+        std::wstring::npos)
         << test::fsPath(console.text);
 }
 

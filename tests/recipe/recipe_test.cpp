@@ -58,12 +58,18 @@ TEST(RecipeKeys, TextsReadByTheKeysRules) {
         bool taken;
         const wchar_t* value; // the key's text afterwards
     } cases[] = {
-        {"conn", L"8", true, L"8"},           {"conn", L"12", false, L"4"},
-        {"conn", L"0", false, L"4"},          {"conn", L"x", false, L"4"},
-        {"seg", L"abc", true, L"4"},          {"seg", L"0", true, L"1"},
-        {"seg", L"65", true, L"64"},          {"seg", L" 12 ", true, L"12"},
-        {"close_on_start", L"1", true, L"1"}, {"close_on_start", L"true", true, L"0"},
-        {"auto_start", L"1", true, L"1"},     {"title", L" Kaldra = Online ", true, L" Kaldra = Online "},
+        {"conn", L"8", true, L"8"},
+        {"conn", L"12", false, L"4"},
+        {"conn", L"0", false, L"4"},
+        {"conn", L"x", false, L"4"},
+        {"seg", L"abc", true, L"4"},
+        {"seg", L"0", true, L"1"},
+        {"seg", L"65", true, L"64"},
+        {"seg", L" 12 ", true, L"12"},
+        {"close_on_start", L"1", true, L"1"},
+        {"close_on_start", L"true", true, L"0"},
+        {"auto_start", L"1", true, L"1"},
+        {"title", L" Kaldra = Online ", true, L" Kaldra = Online "},
         // A source this builder does not know leaves the one chosen; the names are exact.
         {"sign_source", L"store", true, L"store"},
         {"sign_source", L" command ", true, L"command"},
@@ -113,7 +119,8 @@ TEST(RecipeKeys, OptionsAreChecked) {
         {"link", L"URL_SITE", L"--link ID=URL biçiminde olmalı: URL_SITE"},
         {"title", L"", L""},
         {"sign_source", L"plugin", L""},
-        {"sign_source", L"token", L"--sign-source şunlardan biri olmalı: pfx, store, auto, plugin, command: token"},
+        {"sign_source", L"token",
+         L"--sign-source şunlardan biri olmalı: pfx, store, auto, plugin, command: token"},
         {"sign_ts_more", L"http://ts.example", L""},
     };
     for (const auto& c : cases) {
