@@ -1,11 +1,14 @@
 // nvbuild build: the patcher executable, built from a skin exactly as the builder window builds it.
 
 #include "cli/build_plan.h"
+#include "cli/json_writer.h"
 #include "cli/nvbuild.h"
 #include "cli/recipe_options.h"
+#include "core/text.h"
 #include "core/format.h"
 #include "packager/build_job.h"
 #include "packager/build_start.h"
+#include "packager/signing_readback.h"
 #include "cli/skin_input.h"
 #include "packager/version_resource.h"
 
@@ -17,6 +20,60 @@ namespace {
 // Progress lines are what the command produces: standard output, as they come.
 void printLine(void* console, const std::wstring& line) {
     static_cast<Console*>(console)->outLine(line);
+}
+
+// With --json standard output carries the result alone, so the steps go to standard error.
+void printLineToErr(void* console, const std::wstring& line) {
+    static_cast<Console*>(console)->errLine(line);
+}
+
+const char* timestampName(TimestampKind kind) {
+    switch (kind) {
+    case TimestampKind::Rfc3161:
+        return "rfc3161";
+    case TimestampKind::Authenticode:
+        return "authenticode";
+    case TimestampKind::None:
+        break;
+    }
+    return "none";
+}
+
+// The build's outcome as one JSON object, for scripts: what the last lines say, and the warnings.
+std::string jsonResult(const BuildResult& result, const std::wstring& output) {
+    JsonWriter json;
+    json.beginObject();
+    json.key("ok").value(result.ok);
+    json.key("output").value(output);
+    if (result.ok) {
+        char crc[16];
+        std::snprintf(crc, sizeof crc, "%08X", unsigned(result.crc32));
+        json.key("crc32").value(std::string_view(crc));
+        json.key("size").value(int64_t(result.size));
+    } else {
+        json.key("error").value(result.message);
+        json.key("cancelled").value(result.cancelled);
+    }
+    json.key("signed").value(result.ok && result.wasSigned);
+    if (result.ok && result.wasSigned) {
+        const SignatureInfo& s = result.signature;
+        json.key("signature").beginObject();
+        json.key("subject").value(s.subject);
+        json.key("thumbprint").value(s.thumbprint);
+        json.key("timestamp").value(timestampName(s.timestamp));
+        json.key("timestampTime");
+        if (s.timestamp != TimestampKind::None && s.timestampTime != 0)
+            json.value(utcTimeText(s.timestampTime));
+        else
+            json.null();
+        json.endObject();
+    }
+    json.key("warnings").beginArray();
+    for (const std::wstring& w : result.warnings)
+        json.value(w);
+    json.endArray();
+    json.endObject();
+    return json.text();
 }
 
 // The validation's warnings as one block that stands out among the progress lines: a build with them may ship
@@ -41,18 +98,24 @@ int commandBuild(const Invocation& invocation, Console& console) {
     std::wstring message;
     if (!checkBuildStart(plan.inputs, message)) return failed(console, message);
     const std::wstring& output = plan.inputs.outputPath;
-    console.outLine(L"Oluşturma başladı → " + output);
+    const bool json = invocation.has(L"--json");
+    if (json)
+        console.errLine(L"Oluşturma başladı → " + output);
+    else
+        console.outLine(L"Oluşturma başladı → " + output);
     BuildResult result;
     {
         StopRequests stops;
-        result = runBuild(plan.workspace, plan.inputs, printLine, &console,
+        result = runBuild(plan.workspace, plan.inputs, json ? printLineToErr : printLine, &console,
                           {.strict = invocation.has(L"--strict"), .cancel = &stops.requested()});
     }
     printWarnings(console, result.warnings);
+    if (json) console.outLine(utf8ToWide(jsonResult(result, output)));
     if (!result.ok) {
         failed(console, L"Oluşturulamadı: " + result.message);
         return result.cancelled ? kExitCancelled : kExitFailed;
     }
+    if (json) return kExitOk;
 
     console.outLine(L"Tamamlandı → " + output);
     wchar_t crc[16];
@@ -67,7 +130,7 @@ int commandBuild(const Invocation& invocation, Console& console) {
 }
 
 constexpr std::wstring_view kBuildArguments[] = {L"SOURCE"};
-constexpr OptionSpec kBuildOwnOptions[] = {{L"--session", L"FILE"}, {L"--strict", L""}};
+constexpr OptionSpec kBuildOwnOptions[] = {{L"--session", L"FILE"}, {L"--strict", L""}, {L"--json", L""}};
 
 constexpr std::array<OptionSpec, kRecipeOptions.size() + std::size(kBuildOwnOptions)> buildOptions() {
     std::array<OptionSpec, kRecipeOptions.size() + std::size(kBuildOwnOptions)> out{};
@@ -119,7 +182,15 @@ const std::wstring kBuildHelp =
     L"yazılır, çıkış 1; önceki exe olduğu gibi kalır. Aynı çıktıya başka bir oluşturma yazarken başlayan\n"
     L"oluşturma onun dosyalarına dokunmadan başarısız olur.\n"
     L"Ctrl-C, Ctrl-Break ya da konsol penceresinin kapanması oluşturmayı durdurur: geçici dosya silinir,\n"
-    L"önceki exe olduğu gibi kalır, çıkış 3 (\"Oluşturulamadı: İptal edildi.\").\n";
+    L"önceki exe olduğu gibi kalır, çıkış 3 (\"Oluşturulamadı: İptal edildi.\").\n"
+    L"\n"
+    L"  --json                oluşturma başladıktan sonra standart çıktıya yalnızca sonuç yazılır, tek bir "
+    L"JSON\n"
+    L"                        nesnesi olarak: ok, output, crc32 ve size (ya da error ve cancelled), signed,\n"
+    L"                        signature (subject, thumbprint, timestamp: none|rfc3161|authenticode,\n"
+    L"                        timestampTime), warnings. Adımlar standart hataya yazılır; çıkış kodları "
+    L"aynıdır.\n"
+    L"                        Oluşturma başlamadan verilen ret, her zamanki gibi standart hatadadır\n";
 
 } // namespace
 

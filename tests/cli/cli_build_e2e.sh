@@ -146,6 +146,29 @@ check "... time-stamped by default, and ends with the signature read back from t
 check "... the tool got the password" grep -q '/p "gizli parola"' "$work/signtool.log"
 check "... which nvbuild never printed" sh -c "! grep -q gizli '$work/out' '$work/err'"
 
+# --json: the result alone on standard output, as scripts read it.
+NV_E2E_PASSWORD=x nv build "$S" --out "$O" --template "$T" "${sign[@]}" --json >"$work/out" 2>"$work/err"
+check "a signed build with --json exits 0" [ $? -eq 0 ]
+check "... and prints one JSON object: the output, its CRC32 and size, the signer and time stamp" \
+    python3 - "$work/out" "$work/out-dir/Kaldra.exe" "$O" "$thumbprint" <<'PY'
+import json, sys, zlib
+out = json.loads(open(sys.argv[1], encoding="utf-8").read())
+data = open(sys.argv[2], "rb").read()
+s = out.get("signature", {})
+sys.exit(0 if out["ok"] and out["output"] == sys.argv[3] and out["crc32"] == "%08X" % zlib.crc32(data)
+         and out["size"] == len(data) and out["signed"] and s.get("subject") == "Kaldra Yazılım Test"
+         and s.get("thumbprint") == sys.argv[4] and s.get("timestamp") == "rfc3161"
+         and s.get("timestampTime", "").endswith(" UTC") and out["warnings"] == [] else 1)
+PY
+check "... its steps on standard error" grep -qF "Oluşturma başladı" "$work/err"
+NV_FAKE_SIGNTOOL_COPY= NV_E2E_PASSWORD=x nv build "$S" --out "$O" --template "$T" "${sign[@]}" --json \
+    >"$work/out" 2>"$work/err"
+check "a failed build with --json exits 1 and says why in the object" python3 -c '
+import json, sys
+out = json.loads(open(sys.argv[1], encoding="utf-8").read())
+sys.exit(0 if not out["ok"] and out["error"] == "İmzalama başarılı göründü ama dosyada imza yok."
+         and out["cancelled"] is False and out["signed"] is False else 1)' "$work/out"
+
 cp "$work/out-dir/Kaldra.exe" "$work/previous.exe"
 NV_FAKE_SIGNTOOL_COPY= NV_E2E_PASSWORD=x nv build "$S" --out "$O" --template "$T" "${sign[@]}" >"$work/out" \
     2>"$work/err"
@@ -164,12 +187,15 @@ check "... and no temporary file" [ ! -e "$work/out-dir/Kaldra.exe.building" ]
 
 # --- Ctrl-C and a second build while one runs (both meet the build while a slow signer holds it) ------------------
 # started BUILD-ARGS...: runs nvbuild build in the background ($pid; its output in $work/bg.out/.err) and returns
-# once the stand-in signer has been reached, or fails after 60 s.
+# once the stand-in signer has been reached, or fails after 60 s. The signer then holds the build until the test
+# creates $work/release.
 unset NV_FAKE_SIGNTOOL_EXIT NV_FAKE_SIGNTOOL_TS_EXIT NV_FAKE_SIGNTOOL_SAY
 started() {
     rm -f "$work/signtool.log"
     set -m # a background job of a script would ignore SIGINT otherwise
-    NV_E2E_PASSWORD=x NV_FAKE_SIGNTOOL_SLEEP_MS=4000 $runner "$nvbuild" build "$@" >"$work/bg.out" 2>"$work/bg.err" &
+    rm -f "$work/release"
+    NV_E2E_PASSWORD=x NV_FAKE_SIGNTOOL_HOLD=$(winpath "$work/release") $runner "$nvbuild" build "$@" \
+        >"$work/bg.out" 2>"$work/bg.err" &
     pid=$!
     set +m
     for _ in $(seq 1 600); do [ -s "$work/signtool.log" ] && return 0; sleep 0.1; done
@@ -183,6 +209,7 @@ finished() {
 }
 check "a build with a slow signer starts" started "$S" --out "$O" --template "$T" "${sign[@]}"
 kill -INT "$pid"
+touch "$work/release"
 finished
 check "Ctrl-C stops it with exit 3" [ $? -eq 3 ]
 check "... saying so last" [ "$(tail -n 1 "$work/bg.err" | tr -d '\r')" = "Oluşturulamadı: İptal edildi." ]
@@ -196,6 +223,7 @@ check "a second build to the same output, spelt otherwise, refuses (exit 1)" [ $
 check "... saying why" grep -qxF "Oluşturulamadı: Bu çıktıyı şu anda başka bir oluşturma yazıyor: $(winpath "$work/out-dir/KALDRA.EXE")" \
     <(tr -d '\r' <"$work/err")
 check "... leaving the first build's copy as it was" cmp -s "$work/first.building" "$work/out-dir/Kaldra.exe.building"
+touch "$work/release"
 finished
 check "the first build then finishes (exit 0)" [ $? -eq 0 ]
 crc=$(python3 -c 'import sys, zlib; print("%08X" % zlib.crc32(open(sys.argv[1], "rb").read()))' "$work/out-dir/Kaldra.exe")
