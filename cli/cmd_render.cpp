@@ -6,6 +6,7 @@
 #include "core/text.h"
 #include "renderer/png_writer.h"
 #include "renderer/scene.h"
+#include "update/feed.h"
 
 #include <new>
 
@@ -17,6 +18,21 @@ int commandRender(const Invocation& invocation, Console& console) {
     for (const GivenOption& edit : stateEdits)
         if (edit.value != L"hover" && edit.value != L"pressed")
             return invocation.usageError(console, L"--state hover ya da pressed olmalı: " + edit.value);
+
+    // An operator's own feed, checked as the patcher checks it, in place of the sample.
+    ServerFeed feed = previewSampleFeed();
+    if (const std::wstring* feedPath = invocation.value(L"--feed")) {
+        std::wstring message;
+        if (!requireExisting(*feedPath, message)) return failed(console, message);
+        Bytes bytes;
+        if (!readFileBytes(*feedPath, bytes, update::kMaxFeedBytes))
+            return failed(console, L"Okunamadı ya da " + std::to_wstring(update::kMaxFeedBytes / 1024) +
+                                       L" KB'tan büyük: " + *feedPath);
+        std::wstring why;
+        if (!update::parseFeed(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()),
+                               feed, &why))
+            return failed(console, *feedPath + L": " + why);
+    }
 
     const std::wstring& source = invocation.arguments[0];
     const std::wstring& out = invocation.arguments[1];
@@ -37,6 +53,7 @@ int commandRender(const Invocation& invocation, Console& console) {
     if (scene.width < 1 || scene.height < 1) return failed(console, L"Skinin pencere boyutu yok.");
     std::vector<ControlState> states = defaultStates(scene);
     applyPreviewSamples(scene, states);
+    applyFeed(scene, feed, states);
     for (const GivenOption& edit : stateEdits) {
         const int index = findControl(scene, wideToUtf8(edit.second));
         if (index < 0) return failed(console, L"Skinde bu kimlikte kontrol yok: " + edit.second);
@@ -60,6 +77,7 @@ int commandRender(const Invocation& invocation, Console& console) {
 constexpr std::wstring_view kRenderArguments[] = {L"SOURCE", L"OUT"};
 constexpr OptionSpec kRenderOptions[] = {
     {L"--state", L"hover|pressed ID", true},
+    {L"--feed", L"FILE"},
 };
 
 } // namespace
@@ -67,7 +85,7 @@ constexpr OptionSpec kRenderOptions[] = {
 const Command kRenderCommand{
     L"render",
     L"Patcher penceresini canlı önizlemenin çizdiği gibi PNG olarak çizer.",
-    L"render SOURCE OUT [--state hover|pressed ID]...",
+    L"render SOURCE OUT [--state hover|pressed ID]... [--feed FILE]",
     L"Argümanlar:\n"
     L"  SOURCE  skin: klasör, .zip, skin paketi ya da (Windows'ta) skin taşıyan patcher .exe\n"
     L"  OUT     yazılacak PNG; skinin pencere boyutunda, saydam kenarlarıyla\n"
@@ -78,6 +96,8 @@ const Command kRenderCommand{
     L"                            gibi çizilir (kimlikte büyük/küçük harf fark etmez); tekrarlanabilir. "
     L"Skinde\n"
     L"                            o kimlikte kontrol yoksa çıkış 1.\n"
+    L"  --feed FILE               örnek duyuru akışı yerine bu JSON belgesi çizilir (patcher'ın okuduğu\n"
+    L"                            gibi denetlenir; uymayan belge çıkış 1)\n"
     L"\n"
     L"Skin, oluşturucunun canlı önizlemesindeki gibi derlenir ve önizlemenin örnek değerleriyle çizilir\n"
     L"(ilerleme çubukları %70 ve %45, durum metinleri) ve örnek bir duyuru akışıyla: sunucu çevrimiçi,\n"
