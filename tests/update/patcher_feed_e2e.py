@@ -142,6 +142,17 @@ try:
     closed = wine(CLOSE_WINDOW, "NV_Patcher")
     check("closing the window ends the patcher", closed.returncode == 0 and ended(window, 30))
 
+    # The operator's check reads the feed as the patcher does and says the same.
+    told = wine(NVBUILD, "feed", FAULT + "/feed.json")
+    err = told.stderr.decode("utf-8", errors="replace")
+    check("nvbuild feed names what is wrong with a broken feed (exit 1)",
+          told.returncode == 1 and '"players"' in err and "Durum alınamadı" not in err, err)
+    served("feed.json", feed_a)
+    told = wine(NVBUILD, "feed", FAULT + "/feed.json")
+    out = told.stdout.decode("utf-8", errors="replace").replace("\r\n", "\n")
+    check("nvbuild feed shows a good one as players will (exit 0)", told.returncode == 0 and
+          "Oyuncu: 12.345\n" in out and out.index("Yaz etkinliği") < out.index("Bakım notları"), out)
+
     # A silent server: the window closes at once and the read waiting on it does not keep the patcher long.
     stalled = build("StallPatcher.exe", "--feed-url", FAULT + "/~stall=60/feed.json")
     window = start(stalled)
