@@ -4,6 +4,8 @@
 #include "update/feed_fetch.h"
 #include "update/win32/winhttp_transport.h"
 
+#include <algorithm>
+
 namespace nv {
 namespace {
 
