@@ -79,6 +79,7 @@ bool PatcherWindow::open(HINSTANCE instance, std::wstring& error) {
     redraw();
     ShowWindow(hwnd_, SW_SHOW);
     UpdateWindow(hwnd_);
+    openNews();
     // The feed first: its read goes on its own thread, and the update's start may ask the player something.
     if (feed_) feed_->start(hwnd_);
     if (update_) update_->start(hwnd_, states_, repairFirst_);
@@ -184,7 +185,11 @@ LRESULT PatcherWindow::handle(UINT message, WPARAM wParam, LPARAM lParam) {
         }
         DestroyWindow(hwnd_);
         return 0;
+    case WM_MOVE:
+        if (news_) news_->follow();
+        break;
     case WM_DESTROY:
+        news_.reset(); // the control lets go of its windows before they go
         PostQuitMessage(0);
         return 0;
     default:
@@ -337,6 +342,21 @@ void PatcherWindow::feedRead(int count) {
     GdiFlush();
     const Bytes png = encodePng(frame_.bits(), frame_.width(), frame_.height());
     writeFileAtomic(feedSnapPrefix_ + std::to_wstring(count) + L".png", png);
+}
+
+// The page at LAUNCHER_IFRAME over the first news area. Where the browser cannot be created the renderer's
+// headlines stay, as they do until the page has loaded and after it fails to.
+void PatcherWindow::openNews() {
+    if (preview_) return; // a preview goes to no network
+    const std::wstring url = trim(sceneText(scene_, "LAUNCHER_IFRAME"));
+    if (url.empty()) return;
+    for (const SkinControl& control : scene_.controls) {
+        if (control.kind != ControlKind::Iframe || control.width <= 0 || control.height <= 0) continue;
+        const RECT area{control.x, control.y, control.x + control.width, control.y + control.height};
+        news_ = std::make_unique<NewsBrowser>();
+        if (!news_->open(hwnd_, area, scene_.transparent, url, scene_.settings.browserEmulation)) news_.reset();
+        return;
+    }
 }
 
 void PatcherWindow::closeWindow() {

@@ -6,6 +6,7 @@
 #include "patcher/patcher_logic.h"
 #include "patcher/win32/feed_view.h"
 #include "patcher/win32/frame_buffer.h"
+#include "patcher/win32/news_browser.h"
 #include "patcher/win32/update_view.h"
 #include "renderer/scene.h"
 
@@ -45,6 +46,7 @@ private:
     void startGame(const SkinControl& control);
     void showError(const std::wstring& text) const;
     void repair();
+    void openNews();
 
     // UpdateView::Host
     void statesChanged() override { redraw(); }
@@ -65,6 +67,7 @@ private:
     bool closing_ = false; // the window waits, hidden, for its update run to end
     std::unique_ptr<UpdateView> update_;
     std::unique_ptr<FeedView> feed_;
+    std::unique_ptr<NewsBrowser> news_; // the news page over the news area, while the system can show it
     std::wstring feedSnapPrefix_;
 };
 

@@ -330,7 +330,9 @@ bool UpdateView::askNotice(const std::wstring& text) const {
     const std::wstring title = sceneText(scene_, "TORRENT_NOTICE_TITLE");
     const std::wstring acceptText = sceneText(scene_, "TORRENT_NOTICE_ACCEPT"),
                        refuseText = sceneText(scene_, "TORRENT_NOTICE_REFUSE");
-    const TASKDIALOG_BUTTON buttons[] = {{1, acceptText.c_str()}, {2, refuseText.c_str()}};
+    // Refuse is IDCANCEL: closing the dialog or pressing Escape refuses, and it is the default button, so
+    // that an Enter pressed in passing accepts nothing.
+    const TASKDIALOG_BUTTON buttons[] = {{IDOK, acceptText.c_str()}, {IDCANCEL, refuseText.c_str()}};
     TASKDIALOGCONFIG config{};
     config.cbSize = sizeof config;
     config.hwndParent = window_;
@@ -339,11 +341,11 @@ bool UpdateView::askNotice(const std::wstring& text) const {
     config.pszMainIcon = TD_INFORMATION_ICON;
     config.cButtons = UINT(std::size(buttons));
     config.pButtons = buttons;
-    config.nDefaultButton = 2;
-    int pressed = 2;
+    config.nDefaultButton = IDCANCEL;
+    int pressed = IDCANCEL;
     if (FAILED(TaskDialogIndirect(&config, &pressed, nullptr, nullptr)))
         return MessageBoxW(window_, text.c_str(), title.c_str(), MB_OKCANCEL | MB_ICONINFORMATION) == IDOK;
-    return pressed == 1;
+    return pressed == IDOK;
 }
 
 int UpdateView::ask(const std::wstring& text, UINT flags) const {
