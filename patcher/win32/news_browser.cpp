@@ -21,9 +21,10 @@ constexpr DWORD kEmulationMode = 11001;
 
 void switchOnEmulation() {
     HKEY key = nullptr;
-    if (RegCreateKeyExW(HKEY_CURRENT_USER,
-                        L"Software\\Microsoft\\Internet Explorer\\Main\\FeatureControl\\FEATURE_BROWSER_EMULATION",
-                        0, nullptr, 0, KEY_SET_VALUE, nullptr, &key, nullptr) != ERROR_SUCCESS)
+    if (RegCreateKeyExW(
+            HKEY_CURRENT_USER,
+            L"Software\\Microsoft\\Internet Explorer\\Main\\FeatureControl\\FEATURE_BROWSER_EMULATION", 0,
+            nullptr, 0, KEY_SET_VALUE, nullptr, &key, nullptr) != ERROR_SUCCESS)
         return;
     const std::wstring name = pathFileName(exePath());
     RegSetValueExW(key, name.c_str(), 0, REG_DWORD, reinterpret_cast<const BYTE*>(&kEmulationMode),
@@ -43,7 +44,8 @@ VARIANT* argument(DISPPARAMS* params, UINT fromLast) {
 const wchar_t* textOf(VARIANT* v) {
     if (!v) return nullptr;
     if (v->vt == VT_BSTR) return v->bstrVal;
-    if (v->vt == (VT_BYREF | VT_VARIANT) && v->pvarVal && v->pvarVal->vt == VT_BSTR) return v->pvarVal->bstrVal;
+    if (v->vt == (VT_BYREF | VT_VARIANT) && v->pvarVal && v->pvarVal->vt == VT_BSTR)
+        return v->pvarVal->bstrVal;
     return nullptr;
 }
 
@@ -201,7 +203,8 @@ struct NewsBrowser::Host : public IOleClientSite,
             auto* self = reinterpret_cast<Host*>(GetWindowLongPtrW(hwnd, GWLP_USERDATA));
             IOleInPlaceObject* inPlace = nullptr;
             if (self && self->object &&
-                SUCCEEDED(self->object->QueryInterface(IID_IOleInPlaceObject, reinterpret_cast<void**>(&inPlace)))) {
+                SUCCEEDED(self->object->QueryInterface(IID_IOleInPlaceObject,
+                                                       reinterpret_cast<void**>(&inPlace)))) {
                 RECT client{0, 0, LOWORD(lParam), HIWORD(lParam)};
                 inPlace->SetObjectRects(&client, &client);
                 inPlace->Release();
@@ -236,13 +239,15 @@ struct NewsBrowser::Host : public IOleClientSite,
         if (FAILED(object->SetClientSite(static_cast<IOleClientSite*>(this)))) return false;
         RECT client{};
         GetClientRect(window, &client);
-        if (FAILED(object->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, static_cast<IOleClientSite*>(this), 0, window,
-                                  &client)))
+        if (FAILED(object->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, static_cast<IOleClientSite*>(this), 0,
+                                  window, &client)))
             return false;
-        if (FAILED(object->QueryInterface(IID_IWebBrowser2, reinterpret_cast<void**>(&browser)))) return false;
+        if (FAILED(object->QueryInterface(IID_IWebBrowser2, reinterpret_cast<void**>(&browser))))
+            return false;
         browser->put_Silent(VARIANT_TRUE);
         IConnectionPointContainer* points = nullptr;
-        if (SUCCEEDED(object->QueryInterface(IID_IConnectionPointContainer, reinterpret_cast<void**>(&points)))) {
+        if (SUCCEEDED(
+                object->QueryInterface(IID_IConnectionPointContainer, reinterpret_cast<void**>(&points)))) {
             if (SUCCEEDED(points->FindConnectionPoint(DIID_DWebBrowserEvents2, &events)))
                 events->Advise(static_cast<IDispatch*>(this), &cookie);
             points->Release();
