@@ -2,6 +2,7 @@
 
 #include "core/crc32.h"
 #include "core/text.h"
+#include "skin/settings.h"
 #include "update/bookkeeping.h"
 #include "update/checked_sink.h"
 #include "update/file_list.h"
@@ -650,7 +651,7 @@ void Run::push(Task task, bool front) {
 
 void Run::download(const std::vector<const ListEntry*>& toFetch, const std::string& base) {
     base_ = base;
-    segmentBytes_ = uint64_t(std::clamp(request_.segmentMb, 1, 64)) << 20;
+    segmentBytes_ = uint64_t(std::clamp(request_.segmentMb, kMinSegmentMb, kMaxSegmentMb)) << 20;
     for (const ListEntry* entry : toFetch) {
         jobs_.push_back(makeJob(*entry));
         bytesTotal_ += entry->size;
@@ -669,7 +670,7 @@ void Run::download(const std::vector<const ListEntry*>& toFetch, const std::stri
             push({job.get(), -1});
         }
     }
-    const int connections = std::clamp(request_.connections, 1, 8);
+    const int connections = std::clamp(request_.connections, kMinConnections, kMaxConnections);
     std::vector<std::thread> workers;
     for (int i = 0; i < connections; ++i)
         workers.emplace_back([this] { worker(); });
