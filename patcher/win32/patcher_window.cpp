@@ -354,8 +354,7 @@ void PatcherWindow::openNews() {
         if (control.kind != ControlKind::Iframe || control.width <= 0 || control.height <= 0) continue;
         const RECT area{control.x, control.y, control.x + control.width, control.y + control.height};
         news_ = std::make_unique<NewsBrowser>();
-        if (!news_->open(hwnd_, area, scene_.transparent, url, scene_.settings.browserEmu))
-            news_.reset();
+        if (!news_->open(hwnd_, area, scene_.transparent, url, scene_.settings.browserEmu)) news_.reset();
         return;
     }
 }
