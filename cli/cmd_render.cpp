@@ -7,6 +7,8 @@
 #include "core/text.h"
 #include "renderer/png_writer.h"
 #include "renderer/preview.h"
+#include "renderer/scene.h"
+#include "update/feed.h"
 
 #include <new>
 
@@ -21,6 +23,21 @@ int commandRender(const Invocation& invocation, Console& console) {
     RecipeOptions edits;
     std::wstring error;
     if (!readRecipeOptions(invocation, edits, error)) return invocation.usageError(console, error);
+
+    // An operator's own feed, checked as the patcher checks it, in place of the sample.
+    ServerFeed feed = previewSampleFeed();
+    if (const std::wstring* feedPath = invocation.value(L"--feed")) {
+        std::wstring message;
+        if (!requireExisting(*feedPath, message)) return failed(console, message);
+        Bytes bytes;
+        if (!readFileBytes(*feedPath, bytes, update::kMaxFeedBytes))
+            return failed(console, L"Okunamadı ya da " + std::to_wstring(update::kMaxFeedBytes / 1024) +
+                                       L" KB'tan büyük: " + *feedPath);
+        std::wstring why;
+        if (!update::parseFeed(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()),
+                               feed, &why))
+            return failed(console, *feedPath + L": " + why);
+    }
 
     const std::wstring& source = invocation.arguments[0];
     const std::wstring& out = invocation.arguments[1];
@@ -42,6 +59,7 @@ int commandRender(const Invocation& invocation, Console& console) {
         console.errLine(m);
     if (!loaded) return kExitFailed;
     if (scene.width < 1 || scene.height < 1) return failed(console, L"Skinin pencere boyutu yok.");
+    applyFeed(scene, feed, states);
     for (const GivenOption& edit : stateEdits) {
         const int index = findControl(scene, wideToUtf8(edit.second));
         if (index < 0) return failed(console, L"Skinde bu kimlikte kontrol yok: " + edit.second);
@@ -65,6 +83,7 @@ int commandRender(const Invocation& invocation, Console& console) {
 constexpr std::wstring_view kRenderArguments[] = {L"SOURCE", L"OUT"};
 constexpr OptionSpec kRenderOwnOptions[] = {
     {L"--state", L"hover|pressed ID", true},
+    {L"--feed", L"FILE"},
 };
 constexpr auto kRenderOptions = withSkinEditOptions(kRenderOwnOptions);
 
@@ -80,13 +99,16 @@ const std::wstring kRenderHelp =
         L"                            gibi çizilir (kimlikte büyük/küçük harf fark etmez); tekrarlanabilir. "
         L"Skinde\n"
         L"                            o kimlikte kontrol yoksa çıkış 1.\n"
+        L"  --feed FILE               örnek duyuru akışı yerine bu JSON belgesi çizilir (patcher'ın okuduğu\n"
+        L"                            gibi denetlenir; uymayan belge çıkış 1)\n"
         L"\n") +
     skinEditsHelp() +
     L"\n"
     L"Skin, oluşturucunun canlı önizlemesindeki gibi düzenlemelerle derlenir ve önizlemenin örnek "
     L"değerleriyle\n"
-    L"çizilir (ilerleme çubukları %70 ve %45, durum metinleri). Haber alanı yerine başlıklı bir panel "
-    L"görünür.\n"
+    L"çizilir (ilerleme çubukları %70 ve %45, durum metinleri) ve örnek bir duyuru akışıyla: sunucu "
+    L"çevrimiçi,\n"
+    L"oyuncu sayısı ve haber alanında üç başlık. Ağa bağlanılmaz.\n"
     L"Yükleyicinin uyarıları standart hataya yazılır. Linux'taki yerel nvbuild metin çizmez; metinleri\n"
     L"nvbuild.exe (Windows ya da Wine) çizer.\n";
 
@@ -95,7 +117,7 @@ const std::wstring kRenderHelp =
 const Command kRenderCommand{
     L"render",
     L"Patcher penceresini canlı önizlemenin çizdiği gibi PNG olarak çizer.",
-    L"render SOURCE OUT [--state hover|pressed ID]... [düzenlemeler]",
+    L"render SOURCE OUT [--state hover|pressed ID]... [--feed FILE] [düzenlemeler]",
     kRenderHelp,
     kRenderArguments,
     kRenderOptions,

@@ -118,5 +118,6 @@ extern const Command kComposeCommand;
 extern const Command kRenderCommand;
 extern const Command kBuildCommand;
 extern const Command kCrclistCommand;
+extern const Command kFeedCommand;
 
 } // namespace nv

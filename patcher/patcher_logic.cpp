@@ -1,6 +1,9 @@
 #include "patcher/patcher_logic.h"
 
 #include "core/text.h"
+#include "core/values.h"
+
+#include <algorithm>
 
 namespace nv {
 
@@ -21,6 +24,13 @@ PatcherOptions parsePatcherArgs(const std::vector<std::wstring>& args) {
             options.headless = true;
         } else if (equalsArg(args[i], L"repair") || equalsArg(args[i], L"--repair")) {
             options.repair = true;
+        } else if (equalsArg(args[i], L"--accept-notice")) {
+            options.acceptNotice = true;
+        } else if (equalsArg(args[i], L"--feed-snap") && i + 1 < args.size()) {
+            options.feedSnapPrefix = args[++i];
+        } else if (equalsArg(args[i], L"--feed-interval-ms") && i + 1 < args.size()) {
+            const int ms = parseInt(wideToUtf8(args[++i]), 0);
+            options.feedIntervalMs = ms > 0 ? std::max(ms, kMinTestFeedIntervalMs) : 0;
         } else if (equalsArg(args[i], L"--snap") && i + 1 < args.size()) {
             options.snap = true;
             options.snapPath = args[++i];

@@ -18,7 +18,16 @@ struct PatcherOptions {
     bool headless =
         false; // "--headless": the update without a window, progress on stdout; never starts the game
     bool repair = false; // "repair" (or "--repair"): every file read again, whatever the state file says
+    // "--accept-notice": with --headless, the operator's notice is accepted (and remembered) unasked
+    bool acceptNotice = false;
+    // For the patcher's tests: "--feed-snap PREFIX" writes the window to PREFIX<n>.png after its n-th feed
+    // read; "--feed-interval-ms N" (at least kMinTestFeedIntervalMs) reads the feed that often instead of at
+    // the skin's pace, which is bounded below for real skins.
+    std::wstring feedSnapPrefix;
+    int feedIntervalMs = 0;
 };
+
+inline constexpr int kMinTestFeedIntervalMs = 200;
 
 // args: the arguments after the program's name; names compared without regard to ASCII case. "--snap" without
 // a following argument is ignored.

@@ -10,6 +10,8 @@ namespace nv::update {
 
 // What the check remembers between runs (path, size, write time, CRC of each verified file).
 inline constexpr std::string_view kStateFileName = "norvane.state";
+// The exact text of the operator's notice the player accepted last: a changed notice is asked again.
+inline constexpr std::string_view kNoticeFileName = "norvane.notice";
 // The run log and its rotated predecessors ("norvane.1.log" is the run before, "norvane.2.log" the one before
 // that).
 inline constexpr std::string_view kLogFileName = "norvane.log";
@@ -27,7 +29,8 @@ inline constexpr std::string_view kIndexFolder = ".nvindex";
 std::string logFileName(int generation);
 
 // True for a path (relative, "/"-separated, any ASCII case) that the patcher writes itself: the state file,
-// a log, a ".nvpart", its resume record, an aside copy, a temporary ".nvtmp", or anything under ".nvindex/".
+// the accepted notice, a log, a ".nvpart", its resume record, an aside copy, a temporary ".nvtmp", or
+// anything under ".nvindex/".
 bool isBookkeepingPath(std::string_view path);
 
 } // namespace nv::update

@@ -23,6 +23,13 @@ int feedRefreshSeconds(int skinSeconds);
 class FeedRefresh {
 public:
     explicit FeedRefresh(int skinSeconds) : intervalMs_(uint64_t(feedRefreshSeconds(skinSeconds)) * 1000) {}
+    // Below the bound, for the patcher's own tests only (a skin can never ask for it): they watch a feed
+    // change between reads without waiting half a minute for each.
+    static FeedRefresh withIntervalMs(uint64_t intervalMs) {
+        FeedRefresh refresh(kMinFeedRefreshSeconds);
+        refresh.intervalMs_ = intervalMs;
+        return refresh;
+    }
 
     // Times are milliseconds of a monotonic clock.
     bool due(uint64_t nowMs) const { return !running_ && nowMs >= nextMs_; }

@@ -38,6 +38,20 @@ bool setCrc(std::string_view key, std::string_view value, std::optional<uint32_t
     return out.has_value();
 }
 
+// A configuration line holds no line break, so the operator writes "\n" for one.
+std::string noticeText(std::string_view value) {
+    std::string out;
+    for (size_t i = 0; i < value.size(); ++i) {
+        if (value[i] == '\\' && i + 1 < value.size() && value[i + 1] == 'n') {
+            out += '\n';
+            ++i;
+        } else {
+            out += value[i];
+        }
+    }
+    return out;
+}
+
 } // namespace
 
 ConfigError parseRemoteConfig(std::string_view bytes, RemoteConfig& config, std::string& detail) {
@@ -73,6 +87,8 @@ ConfigError parseRemoteConfig(std::string_view bytes, RemoteConfig& config, std:
             config.patcherUrl = value;
         } else if (key == "nv_patcher_crc32") {
             if (!setCrc(key, value, config.patcherCrc32, detail)) return ConfigError::Invalid;
+        } else if (key == "notice") {
+            config.notice = noticeText(value);
         }
     }
 

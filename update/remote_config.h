@@ -9,6 +9,7 @@
 //   crclist_crc32=1A2B3C4D
 //   nv_patcher_url=https://cdn.example.com/Kaldra.exe
 //   nv_patcher_crc32=5E6F7A8B
+//   notice=Bu hafta sonu bakım var.\nOyuna giriş 03:00-05:00 arası kapalı.
 //   </config>
 //
 // Unknown keys are ignored (later versions add their own); blank lines and lines starting with "#" or ";"
@@ -31,6 +32,9 @@ struct RemoteConfig {
     std::optional<uint32_t> crclistCrc32;
     std::string patcherUrl; // absolute, or relative to crcpatchUrl
     std::optional<uint32_t> patcherCrc32;
+    // The operator's notice, UTF-8, shown to the player before the update and remembered once accepted;
+    // empty for none. The value is one line in the file: "\n" in it stands for a line break.
+    std::string notice;
 };
 
 enum class ConfigError {

@@ -151,6 +151,7 @@ private:
     Progress snapshot();
 
     bool fetchConfig(RemoteConfig& config);
+    bool noticeAccepted(const std::string& notice);
     bool fetchSmall(const std::string& url, uint64_t limit, Bytes& body, FetchOutcome& outcome);
     bool selfUpdate(const RemoteConfig& config, UpdateResult& result);
     bool fetchList(const RemoteConfig& config, FileList& list);
@@ -180,6 +181,7 @@ private:
     const std::atomic<bool>& cancel_;
 
     std::atomic<bool> stop_{false};
+    bool refused_ = false; // the player did not accept the notice
     std::mutex failMutex_;
     Failure failure_;
 
@@ -307,7 +309,9 @@ UpdateResult Run::execute() {
     result.filesFetched = filesFetched_;
     result.bytesFetched = bytesTaken_;
     if (result.outcome == Outcome::SelfUpdate) return result;
-    if (failure_.kind != FailureKind::None) {
+    if (refused_ && !cancel_.load()) {
+        result.outcome = Outcome::Refused;
+    } else if (failure_.kind != FailureKind::None) {
         result.outcome = Outcome::Failed;
         result.failure = failure_;
     } else if (cancel_.load() || stopping()) {
@@ -374,12 +378,36 @@ bool Run::fetchConfig(RemoteConfig& config) {
         return false;
     }
     log_.line("crcpatch_url=" + config.crcpatchUrl + ", crclist=" + config.crclist);
+    // Before anything is written: a player who refuses the notice leaves the folder as it was.
+    if (!config.notice.empty() && !noticeAccepted(config.notice)) return false;
     // Kept for the player and support: what the server said on the last run.
     std::string why;
     FileError error2;
     if (!request_.localConfigName.empty() && isValidListPath(request_.localConfigName, why) &&
         !files_.writeSmall(request_.localConfigName, body, error2))
         log_.line("yerel yapilandirma yazilamadi: " + describe(error2));
+    return true;
+}
+
+bool Run::noticeAccepted(const std::string& notice) {
+    Bytes seen;
+    if (files_.readSmall(std::string(kNoticeFileName), seen, kMaxConfigBytes) &&
+        std::string_view(reinterpret_cast<const char*>(seen.data()), seen.size()) == notice)
+        return true;
+    bool accepted = false;
+    {
+        std::lock_guard lock(observerMutex_);
+        accepted = observer_.acceptNotice(notice);
+    }
+    if (!accepted || cancel_.load()) {
+        refused_ = true;
+        log_.line("Duyuru kabul edilmedi.");
+        return false;
+    }
+    log_.line("Duyuru kabul edildi.");
+    FileError error;
+    if (!files_.writeSmall(std::string(kNoticeFileName), Bytes(notice.begin(), notice.end()), error))
+        log_.line("kabul edilen duyuru yazilamadi: " + describe(error));
     return true;
 }
 

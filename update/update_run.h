@@ -74,7 +74,8 @@ struct Failure {
     std::string detail;       // one line for the log
 };
 
-enum class Outcome { UpToDate, SelfUpdate, Failed, Cancelled };
+// Refused: the player did not accept the operator's notice; the run touched no game file.
+enum class Outcome { UpToDate, SelfUpdate, Failed, Cancelled, Refused };
 
 struct UpdateResult {
     Outcome outcome = Outcome::Failed;
@@ -95,6 +96,10 @@ public:
     // Downloaded files wait because other programs hold the files they replace (full paths given). True: try
     // again (the observer may first have closed those programs); false: give up (NV_FILE_IN_USE).
     virtual bool retryInUse(const std::vector<std::wstring>& /*paths*/) { return false; }
+    // The configuration carries a notice (UTF-8, "\n" between lines) that the player has not accepted yet.
+    // True: accepted, the run goes on and remembers it; false: refused, the run ends (Refused) before it
+    // writes anything. A notice nobody was shown is not accepted.
+    virtual bool acceptNotice(const std::string& /*text*/) { return false; }
 };
 
 // cancel: set by the owner to stop the run; it returns Cancelled within the transport's receive timeout,

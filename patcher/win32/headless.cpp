@@ -50,7 +50,8 @@ private:
 
 class LineObserver : public update::UpdateObserver {
 public:
-    LineObserver(const Output& output, const LocaleTable& strings) : output_(output), strings_(strings) {}
+    LineObserver(const Output& output, const LocaleTable& strings, bool acceptNotice)
+        : output_(output), strings_(strings), acceptNotice_(acceptNotice) {}
     void step(update::Step step) override {
         if (step == update::Step::Done) return; // said once the run is over
         output_.out(stepLine(step, strings_));
@@ -58,11 +59,24 @@ public:
     void fileFinished(const std::string& path, uint64_t size) override {
         output_.out(L"  " + utf8ToWide(path) + L"  " + sizeText(size));
     }
+    // Nobody is there to press a button: the notice is printed, and taken as accepted only when the command
+    // line says so. Whoever runs the patcher from a script has then read it once.
+    bool acceptNotice(const std::string& text) override {
+        output_.out(localeText(strings_, "TORRENT_NOTICE_TITLE") + L":");
+        output_.out(utf8ToWide(text));
+        return acceptNotice_;
+    }
 
 private:
     const Output& output_;
     const LocaleTable& strings_;
+    bool acceptNotice_;
 };
+
+// Why a headless run stopped at the notice, and how to go on.
+constexpr const wchar_t* kNoticeNotAccepted =
+    L"Sunucunun duyurusu kabul edilmedi; oyun dosyalarına dokunulmadı. Duyuruyu okuduysanız "
+    L"--accept-notice ile yeniden çalıştırın (ya da patcher'ı bir kez penceresiyle açıp kabul edin).";
 
 } // namespace
 
@@ -79,7 +93,7 @@ int runHeadless(const PatcherScene& scene, const UpdateSource& source, const Pat
         output.err(error);
         return 1;
     }
-    LineObserver observer(output, scene.strings);
+    LineObserver observer(output, scene.strings, options.acceptNotice);
     const update::UpdateResult result = update::runUpdate(session.request, *session.transport, *session.files,
                                                           observer, session.log, gCancel);
     switch (result.outcome) {
@@ -91,6 +105,9 @@ int runHeadless(const PatcherScene& scene, const UpdateSource& source, const Pat
         return 1;
     case update::Outcome::Failed:
         output.err(failureMessage(result.failure, scene.strings, session.log.path()));
+        return 1;
+    case update::Outcome::Refused:
+        output.err(kNoticeNotAccepted);
         return 1;
     case update::Outcome::SelfUpdate:
         break;

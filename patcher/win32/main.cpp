@@ -63,7 +63,7 @@ int fail(const PatcherOptions& options, const std::wstring& text) {
 
 // The skin of this very executable, loaded and ready to draw. A missing or damaged skin is reported with the
 // built-in text of "ERROR_NO_SKIN" and the reader's or loader's reason on a second line.
-bool loadOwnSkin(PatcherScene& scene, UpdateSource& source, std::wstring& message) {
+bool loadOwnSkin(PatcherScene& scene, UpdateSource& source, FeedSource& feed, std::wstring& message) {
     LocaleTable defaults;
     loadLocaleDefaults(defaults);
     const std::wstring noSkin = localeText(defaults, "ERROR_NO_SKIN");
@@ -82,6 +82,8 @@ bool loadOwnSkin(PatcherScene& scene, UpdateSource& source, std::wstring& messag
     scene = buildScene(model, model.settings);
     source.remoteConfigPath = model.remoteConfigPath;
     source.localConfigPath = model.localConfigPath;
+    feed.url = model.feedUrl;
+    feed.refreshSeconds = model.feedRefresh;
     if (scene.width < 1 || scene.height < 1) {
         message = noSkin;
         return false;
@@ -124,13 +126,16 @@ int run(HINSTANCE instance) {
     GdiplusSession gdiplus; // pictures are decoded and text is drawn with GDI+
     PatcherScene scene;
     UpdateSource source;
+    FeedSource feed;
     std::wstring message;
-    if (!loadOwnSkin(scene, source, message)) return fail(options, message);
+    if (!loadOwnSkin(scene, source, feed, message)) return fail(options, message);
     if (options.snap) return snapshot(scene, options);
     // The copy of the previous patcher that a self-update moved aside (a preview touches no file).
     if (!options.preview) update::removeAsideCopy(exePath());
 
-    PatcherWindow window(std::move(scene), options.preview, std::move(source), options.repair);
+    feed.testIntervalMs = uint64_t(options.feedIntervalMs);
+    PatcherWindow window(std::move(scene), options.preview, std::move(source), options.repair,
+                         std::move(feed), options.feedSnapPrefix);
     if (!window.open(instance, message)) return fail(options, L"Pencere oluşturulamadı.\n" + message);
     MSG msg;
     while (GetMessageW(&msg, nullptr, 0, 0) > 0) {

@@ -3,6 +3,7 @@
 #include "core/files.h"
 #include "core/paths.h"
 #include "core/text.h"
+#include "renderer/png_writer.h"
 
 #include <shellapi.h>
 #include <tlhelp32.h>
@@ -44,12 +45,16 @@ POINT centredPosition(int width, int height) {
 
 } // namespace
 
-PatcherWindow::PatcherWindow(PatcherScene scene, bool preview, UpdateSource source, bool repair)
-    : scene_(std::move(scene)), preview_(preview), repairFirst_(repair) {
+PatcherWindow::PatcherWindow(PatcherScene scene, bool preview, UpdateSource source, bool repair,
+                             FeedSource feed, std::wstring feedSnapPrefix)
+    : scene_(std::move(scene)), preview_(preview), repairFirst_(repair),
+      feedSnapPrefix_(std::move(feedSnapPrefix)) {
     // A preview does no network or disk work.
     const bool updating = !preview_ && !trim(source.remoteConfigPath).empty();
     states_ = startStates(scene_, preview_, updating);
     if (updating) update_ = std::make_unique<UpdateView>(scene_, std::move(source), *this);
+    if (!preview_ && !trim(feed.url).empty())
+        feed_ = std::make_unique<FeedView>(scene_, std::move(feed), *this);
 }
 
 bool PatcherWindow::open(HINSTANCE instance, std::wstring& error) {
@@ -74,6 +79,9 @@ bool PatcherWindow::open(HINSTANCE instance, std::wstring& error) {
     redraw();
     ShowWindow(hwnd_, SW_SHOW);
     UpdateWindow(hwnd_);
+    openNews();
+    // The feed first: its read goes on its own thread, and the update's start may ask the player something.
+    if (feed_) feed_->start(hwnd_);
     if (update_) update_->start(hwnd_, states_, repairFirst_);
     return true;
 }
@@ -94,6 +102,7 @@ LRESULT PatcherWindow::handle(UINT message, WPARAM wParam, LPARAM lParam) {
         if (closing_ && !update_->running()) DestroyWindow(hwnd_);
         return 0;
     }
+    if (feed_ && feed_->handle(message, wParam, lParam, states_)) return 0;
     switch (message) {
     case WM_NCHITTEST: {
         // Whatever is not a button or the news area moves the window: the system drags it as a caption.
@@ -163,6 +172,9 @@ LRESULT PatcherWindow::handle(UINT message, WPARAM wParam, LPARAM lParam) {
         if (wParam == 'R' && GetKeyState(VK_CONTROL) < 0) repair();
         break;
     case WM_CLOSE:
+        // The feed stops at once; a read that waits on a silent server ends within its short timeout, after
+        // the window has gone.
+        if (feed_) feed_->stop();
         // A run in progress is stopped first: it ends within the receive timeout and leaves no half-written
         // file; the window goes once it has.
         if (update_ && update_->running()) {
@@ -173,7 +185,11 @@ LRESULT PatcherWindow::handle(UINT message, WPARAM wParam, LPARAM lParam) {
         }
         DestroyWindow(hwnd_);
         return 0;
+    case WM_MOVE:
+        if (news_) news_->follow();
+        break;
     case WM_DESTROY:
+        news_.reset(); // the control lets go of its windows before they go
         PostQuitMessage(0);
         return 0;
     default:
@@ -318,6 +334,29 @@ void PatcherWindow::startGameNow() {
             startGame(control);
             return;
         }
+}
+
+void PatcherWindow::feedRead(int count) {
+    redraw();
+    if (feedSnapPrefix_.empty()) return;
+    GdiFlush();
+    const Bytes png = encodePng(frame_.bits(), frame_.width(), frame_.height());
+    writeFileAtomic(feedSnapPrefix_ + std::to_wstring(count) + L".png", png);
+}
+
+// The page at LAUNCHER_IFRAME over the first news area. Where the browser cannot be created the renderer's
+// headlines stay, as they do until the page has loaded and after it fails to.
+void PatcherWindow::openNews() {
+    if (preview_) return; // a preview goes to no network
+    const std::wstring url = trim(sceneText(scene_, "LAUNCHER_IFRAME"));
+    if (url.empty()) return;
+    for (const SkinControl& control : scene_.controls) {
+        if (control.kind != ControlKind::Iframe || control.width <= 0 || control.height <= 0) continue;
+        const RECT area{control.x, control.y, control.x + control.width, control.y + control.height};
+        news_ = std::make_unique<NewsBrowser>();
+        if (!news_->open(hwnd_, area, scene_.transparent, url, scene_.settings.browserEmu)) news_.reset();
+        return;
+    }
 }
 
 void PatcherWindow::closeWindow() {

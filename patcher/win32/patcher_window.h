@@ -4,7 +4,9 @@
 // painted from the same off-screen picture.
 
 #include "patcher/patcher_logic.h"
+#include "patcher/win32/feed_view.h"
 #include "patcher/win32/frame_buffer.h"
+#include "patcher/win32/news_browser.h"
 #include "patcher/win32/update_view.h"
 #include "renderer/scene.h"
 
@@ -16,11 +18,13 @@
 
 namespace nv {
 
-class PatcherWindow : public UpdateView::Host {
+class PatcherWindow : public UpdateView::Host, public FeedView::Host {
 public:
     // source: where the game's files come from (no remoteConfigPath: the patcher updates nothing); repair:
-    // the first run reads every file again.
-    PatcherWindow(PatcherScene scene, bool preview, UpdateSource source = {}, bool repair = false);
+    // the first run reads every file again; feed: the server feed (no url: none is read); feedSnapPrefix: see
+    // PatcherOptions.
+    PatcherWindow(PatcherScene scene, bool preview, UpdateSource source = {}, bool repair = false,
+                  FeedSource feed = {}, std::wstring feedSnapPrefix = {});
     PatcherWindow(const PatcherWindow&) = delete;
     PatcherWindow& operator=(const PatcherWindow&) = delete;
 
@@ -42,11 +46,14 @@ private:
     void startGame(const SkinControl& control);
     void showError(const std::wstring& text) const;
     void repair();
+    void openNews();
 
     // UpdateView::Host
     void statesChanged() override { redraw(); }
     void startGameNow() override;
     void closeWindow() override;
+    // FeedView::Host
+    void feedRead(int count) override;
 
     PatcherScene scene_;
     bool preview_;
@@ -59,6 +66,9 @@ private:
     bool repairFirst_ = false;
     bool closing_ = false; // the window waits, hidden, for its update run to end
     std::unique_ptr<UpdateView> update_;
+    std::unique_ptr<FeedView> feed_;
+    std::unique_ptr<NewsBrowser> news_; // the news page over the news area, while the system can show it
+    std::wstring feedSnapPrefix_;
 };
 
 } // namespace nv

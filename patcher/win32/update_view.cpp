@@ -19,11 +19,25 @@ namespace {
 constexpr UINT kProgressMessage = WM_APP + 20; // UpdateDisplay
 constexpr UINT kInUseMessage = WM_APP + 21;    // InUseQuestion
 constexpr UINT kEndMessage = WM_APP + 22;      // RunEnd
+constexpr UINT kNoticeMessage = WM_APP + 23;   // NoticeQuestion
 
 struct InUseQuestion {
     std::vector<std::wstring> paths;
     std::shared_ptr<std::atomic<int>> answer; // 0 waiting, 1 try again, 2 give up
 };
+
+// The answer: 0 waiting, 1 accepted, 2 refused.
+struct NoticeQuestion {
+    std::wstring text;
+    std::shared_ptr<std::atomic<int>> answer;
+};
+
+// The worker waits for the window's answer to a question it posted; a closing window answers nothing.
+int awaitAnswer(const JobContext& context, const std::atomic<int>& answer) {
+    while (answer.load() == 0 && !context.cancelled())
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    return answer.load();
+}
 
 struct RunEnd {
     update::UpdateResult result;
@@ -41,9 +55,12 @@ public:
     bool retryInUse(const std::vector<std::wstring>& paths) override {
         auto answer = std::make_shared<std::atomic<int>>(0);
         if (!context_.post(kInUseMessage, InUseQuestion{paths, answer})) return false;
-        while (answer->load() == 0 && !context_.cancelled())
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        return answer->load() == 1;
+        return awaitAnswer(context_, *answer) == 1;
+    }
+    bool acceptNotice(const std::string& text) override {
+        auto answer = std::make_shared<std::atomic<int>>(0);
+        if (!context_.post(kNoticeMessage, NoticeQuestion{utf8ToWide(text), answer})) return false;
+        return awaitAnswer(context_, *answer) == 1;
     }
 
 private:
@@ -97,6 +114,7 @@ UpdateView::~UpdateView() {
     if (window_) {
         dropPosted<UpdateDisplay>(window_, kProgressMessage);
         dropPosted<InUseQuestion>(window_, kInUseMessage);
+        dropPosted<NoticeQuestion>(window_, kNoticeMessage);
         dropPosted<RunEnd>(window_, kEndMessage);
     }
 }
@@ -189,6 +207,11 @@ bool UpdateView::handle(UINT message, WPARAM, LPARAM lParam, std::vector<Control
         question->answer->store(pressed == 3 ? 2 : 1);
         return true;
     }
+    case kNoticeMessage: {
+        const auto question = takePosted<NoticeQuestion>(lParam);
+        question->answer->store(!cancelled_ && askNotice(question->text) ? 1 : 2);
+        return true;
+    }
     case kEndMessage: {
         const auto end = takePosted<RunEnd>(lParam);
         job_.join();
@@ -255,6 +278,11 @@ void UpdateView::finished(const update::UpdateResult& result, const std::wstring
     case update::Outcome::Cancelled:
         state_ = State::Idle;
         return;
+    case update::Outcome::Refused:
+        // The player said no to the operator's terms: nothing was written, and the patcher goes.
+        state_ = State::Idle;
+        host_.closeWindow();
+        return;
     case update::Outcome::Failed:
         failed(result.failure, logPath, states);
         return;
@@ -294,6 +322,30 @@ bool UpdateView::restart(bool elevated) {
     state_ = State::Restarting;
     host_.closeWindow();
     return true;
+}
+
+// The operator's notice, with the skin's own title and button texts. Where the task dialog is missing, a
+// message box asks the same with OK for accept.
+bool UpdateView::askNotice(const std::wstring& text) const {
+    const std::wstring title = sceneText(scene_, "TORRENT_NOTICE_TITLE");
+    const std::wstring acceptText = sceneText(scene_, "TORRENT_NOTICE_ACCEPT"),
+                       refuseText = sceneText(scene_, "TORRENT_NOTICE_REFUSE");
+    // Refuse is IDCANCEL: closing the dialog or pressing Escape refuses, and it is the default button, so
+    // that an Enter pressed in passing accepts nothing.
+    const TASKDIALOG_BUTTON buttons[] = {{IDOK, acceptText.c_str()}, {IDCANCEL, refuseText.c_str()}};
+    TASKDIALOGCONFIG config{};
+    config.cbSize = sizeof config;
+    config.hwndParent = window_;
+    config.pszWindowTitle = title.c_str();
+    config.pszContent = text.c_str();
+    config.pszMainIcon = TD_INFORMATION_ICON;
+    config.cButtons = UINT(std::size(buttons));
+    config.pButtons = buttons;
+    config.nDefaultButton = IDCANCEL;
+    int pressed = IDCANCEL;
+    if (FAILED(TaskDialogIndirect(&config, &pressed, nullptr, nullptr)))
+        return MessageBoxW(window_, text.c_str(), title.c_str(), MB_OKCANCEL | MB_ICONINFORMATION) == IDOK;
+    return pressed == IDOK;
 }
 
 int UpdateView::ask(const std::wstring& text, UINT flags) const {

@@ -1,8 +1,8 @@
 #pragma once
 // The patcher window's update run: started when the window opens, carried out on a BackgroundJob whose
 // worker only posts to the window (progress texts, the in-use question, the end), and finished on the UI
-// thread: the texts and gauges, the start button, the failure's question (NV_RETRY, NV_ADMIN_QUESTION), the
-// self-update's restart, auto start.
+// thread: the operator's notice, the texts and gauges, the start button, the failure's question (NV_RETRY,
+// NV_ADMIN_QUESTION), the self-update's restart, auto start.
 
 #include "core/win32/background_job.h"
 #include "patcher/update_texts.h"
@@ -50,6 +50,7 @@ private:
                 std::vector<ControlState>& states);
     bool restart(bool elevated);
     int ask(const std::wstring& text, UINT flags) const;
+    bool askNotice(const std::wstring& text) const;
 
     const PatcherScene& scene_;
     UpdateSource source_;

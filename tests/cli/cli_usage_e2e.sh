@@ -64,6 +64,8 @@ case_ 2 err "--conn 1 ile 8 arasında bir tam sayı olmalı: 9" render "$S" "$O"
 case_ 2 err "Eksik argüman: CLIENT_DIR" crclist
 case_ 2 err "Değer eksik: --exclude" crclist "$S" --exclude
 case_ 2 err "Seçenek iki kez verildi: --out" crclist "$S" --out a.txt --out b.txt
+case_ 2 err "Eksik argüman: URL" feed
+case_ 2 err "Değer eksik: --feed" render "$S" "$(winpath "$work/r.png")" --feed
 check "... and nothing was written by any of them" [ ! -e "$work/o.nvsk" ]
 nv pack onlyone >/dev/null 2>"$work/err"
 check "a usage error shows the command's short usage after the message" \
@@ -97,7 +99,15 @@ check "inspect --json of a missing path still prints one JSON object" \
     python3 -c "import json,sys; j=json.load(open(sys.argv[1],encoding='utf-8')); sys.exit(0 if not j['ok'] and j['warnings'] == [sys.argv[2]] else 1)" \
     "$work/out" "Bulunamadı: $missing"
 check "... and the reason on stderr" grep -q "^Bulunamadı: " "$work/err"
+case_ 1 err "Bulunamadı: $missing" render "$S" "$(winpath "$work/r.png")" --feed "$missing"
 printf 'x' >"$work/plain.txt"
+# nvbuild feed reads through the patcher's transport: the native build has none and says so.
+if [ -n "$runner" ]; then
+    case_ 1 err "Duyuru adresi okunamadı: sunucuya bağlanılamadı (12029)." feed http://127.0.0.1:9/feed.json
+else
+    case_ 1 err "Bu nvbuild ağdan okuyamaz: patcher'ın okuduğu gibi okumak için Windows yapısını (nvbuild.exe, \
+Linux'ta ./nvbuild) kullanın." feed http://127.0.0.1:9/feed.json
+fi
 
 # --- a builder session file as the build's recipe: its skin and output unless the command line names them ------
 session() { printf '; Norvane Olusturucu - son oturum (parola kaydedilmez)\r\n%s' "$1" >"$work/olusturucu.ini"; }

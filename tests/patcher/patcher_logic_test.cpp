@@ -26,6 +26,32 @@ TEST(PatcherLogic, TitleAndStatusOutsidePreview) {
     EXPECT_EQ(startStates(scene, true)[1].progress, 0.7f);
 }
 
+// The feed's test switches: an interval below the skin's bound, but never a busy loop; a switch without its
+// value is ignored.
+TEST(PatcherLogic, FeedTestSwitches) {
+    struct Case {
+        std::vector<std::wstring> args;
+        int intervalMs;
+        const wchar_t* snapPrefix;
+    };
+    const Case cases[] = {
+        {{L"--feed-interval-ms", L"2500"}, 2500, L""},
+        {{L"--FEED-INTERVAL-MS", L"1"}, kMinTestFeedIntervalMs, L""},
+        {{L"--feed-interval-ms", L"0"}, 0, L""},
+        {{L"--feed-interval-ms", L"hızlı"}, 0, L""},
+        {{L"--feed-interval-ms"}, 0, L""},
+        {{L"--feed-snap", L"C:\\t\\canli-"}, 0, L"C:\\t\\canli-"},
+        {{L"--feed-snap"}, 0, L""},
+    };
+    for (const Case& c : cases) {
+        const PatcherOptions options = parsePatcherArgs(c.args);
+        EXPECT_EQ(options.feedIntervalMs, c.intervalMs);
+        EXPECT_EQ(options.feedSnapPrefix, c.snapPrefix);
+    }
+    EXPECT_TRUE(parsePatcherArgs({L"--headless", L"--accept-notice"}).acceptNotice);
+    EXPECT_FALSE(parsePatcherArgs({L"--headless"}).acceptNotice);
+}
+
 TEST(PatcherLogic, PressAndReleaseOverTheSameEnabledButtonClicks) {
     PatcherScene scene =
         TestSkin(10, 10, 0xFF000000)

@@ -80,6 +80,32 @@ TEST(RemoteConfig, ReadsKeyValueLinesFromTheRootText) {
     }
 }
 
+TEST(RemoteConfig, TheNoticeIsOneLineWithEscapedLineBreaks) {
+    struct Case {
+        const char* line;
+        const char* notice;
+    };
+    const Case cases[] = {
+        {"notice=Bakım var.\\nGiriş kapalı.", "Bakım var.\nGiriş kapalı."},
+        {"notice=  kenarlar  ", "kenarlar"},
+        {"NOTICE=a\\n\\nb", "a\n\nb"},
+        {"notice=sonda ters bölü\\", "sonda ters bölü\\"},
+        {"notice=\\t kalır", "\\t kalır"},
+        {"notice=", ""},
+        {"# notice=yorum", ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.line);
+        RemoteConfig config;
+        std::string detail;
+        ASSERT_EQ(
+            parseRemoteConfig(std::string("<c>crcpatch_url=http://h/\n") + c.line + "</c>", config, detail),
+            ConfigError::None)
+            << detail;
+        EXPECT_EQ(config.notice, c.notice);
+    }
+}
+
 TEST(FileList, RefusesEveryPathThatCouldLeaveTheFolderOrClash) {
     struct Case {
         const char* path;

@@ -95,12 +95,18 @@ public:
     std::vector<std::string> finished;
     std::vector<std::vector<std::wstring>> inUseQuestions;
     int retryAnswers = 0; // how many in-use questions are answered "try again"
+    std::vector<std::string> notices;
+    bool acceptNotices = false;
 
     void step(Step s) override { steps.push_back(s); }
     void fileFinished(const std::string& path, uint64_t) override { finished.push_back(path); }
     bool retryInUse(const std::vector<std::wstring>& paths) override {
         inUseQuestions.push_back(paths);
         return retryAnswers-- > 0;
+    }
+    bool acceptNotice(const std::string& text) override {
+        notices.push_back(text);
+        return acceptNotices;
     }
 };
 
@@ -549,6 +555,36 @@ TEST_F(UpdateRunTest, BadConfigurationsAndListsAreRefusedWhole) {
         EXPECT_EQ(result.failure.kind, c.expected) << result.failure.detail;
         EXPECT_FALSE(fileExists(at("evil.dll")));
     }
+}
+
+TEST_F(UpdateRunTest, TheNoticeIsAskedUntilAcceptedAndAgainWhenItChanges) {
+    const Client client = sampleClient();
+    client.publish(server, "notice=Kurallar\\nOkuyun\n");
+
+    // Refused: nothing of the game's is written, not even the kept configuration.
+    UpdateResult result = run();
+    EXPECT_EQ(result.outcome, Outcome::Refused);
+    EXPECT_EQ(recorder.notices, std::vector<std::string>{"Kurallar\nOkuyun"});
+    EXPECT_TRUE(gameFolder().empty());
+    EXPECT_FALSE(std::filesystem::exists(test::fsPath(at(request.localConfigName))));
+    EXPECT_EQ(server.requests(url("crclist.txt")), 0);
+
+    recorder.acceptNotices = true;
+    result = run();
+    ASSERT_EQ(result.outcome, Outcome::UpToDate) << result.failure.detail;
+    EXPECT_EQ(recorder.notices.size(), 2u);
+    std::map<std::string, Bytes> folder = gameFolder();
+    EXPECT_EQ(folder.erase(std::string(kNoticeFileName)), 1u);
+    EXPECT_EQ(folder, client.files);
+
+    // Remembered: the same text is not asked again, whatever the player would answer now.
+    recorder.acceptNotices = false;
+    EXPECT_EQ(run().outcome, Outcome::UpToDate);
+    EXPECT_EQ(recorder.notices.size(), 2u);
+
+    client.publish(server, "notice=Kurallar değişti\n");
+    EXPECT_EQ(run().outcome, Outcome::Refused);
+    EXPECT_EQ(recorder.notices.back(), "Kurallar değişti");
 }
 
 TEST(FailureText, FillsTheLocaleTextsPlaceholders) {
