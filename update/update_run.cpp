@@ -17,6 +17,7 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <set>
 #include <mutex>
 #include <thread>
 
@@ -250,6 +251,7 @@ private:
     std::atomic<uint64_t> bytesTaken_{0};
     std::atomic<size_t> filesFetched_{0};
     std::atomic<size_t> deltaFiles_{0};
+    std::vector<std::string> unlisted_;
     std::atomic<uint64_t> bytesSaved_{0};
 
     std::mutex queueMutex_;
@@ -533,6 +535,13 @@ void Run::check(const FileList& list, std::vector<const ListEntry*>& toFetch) {
     }
     const size_t count = list.files.size();
     checkTotal_ = count;
+    // Large files the last run verified that the list no longer names (a pack renamed on the server): a delta
+    // may take its chunks from them.
+    std::set<std::string> listed;
+    for (const ListEntry& entry : list.files)
+        listed.insert(asciiLower(entry.path));
+    for (const auto& [path, file] : known)
+        if (file.size >= kIndexThreshold && !listed.count(asciiLower(path))) unlisted_.push_back(path);
     std::vector<char> fetch(count, 0);
     std::atomic<size_t> next{0};
     std::atomic<size_t> read{0};
@@ -691,12 +700,26 @@ void Run::inParallel(size_t count, int threads, const std::function<void(size_t)
 void Run::prepareDeltas(const std::map<std::string, IndexRef>& indexes) {
     std::vector<FileJob*> candidates;
     std::vector<std::string> sources;
+    uint64_t orphanBytes = 0; // of the files that have no old copy of their own
     for (const auto& job : jobs_) {
         if (!indexes.count(job->path) || *job->size < kIndexThreshold) continue;
         candidates.push_back(job.get());
         FileInfo info;
         if (files_.info(job->path, info) && info.exists && !info.isFolder && info.size > 0)
             sources.push_back(job->path);
+        else
+            orphanBytes += *job->size;
+    }
+    // Files the list dropped are read only for files that lack an old copy, and never much more than those
+    // files hold: reading must stay cheaper than what it can save.
+    uint64_t unlistedBytes = 0;
+    for (const std::string& path : unlisted_) {
+        FileInfo info;
+        if (orphanBytes == 0 || !files_.info(path, info) || !info.exists || info.isFolder ||
+            unlistedBytes + info.size > 2 * orphanBytes)
+            continue;
+        unlistedBytes += info.size;
+        sources.push_back(path);
     }
     // Without an old copy there is nothing to keep: the files come whole, and no index is fetched.
     if (candidates.empty() || sources.empty()) return;

@@ -187,6 +187,18 @@ TEST_F(DeltaRunTest, ChunksComeFromTheOtherFilesOfTheRunToo) {
     EXPECT_EQ(result.deltaFiles, 2u);
 }
 
+// A pack the server renamed is assembled from the old name's chunks, which the last run verified.
+TEST_F(DeltaRunTest, ARenamedPackCostsOnlyItsIndex) {
+    Client client;
+    client.files["data/renamed.pak"] = v1;
+    startFrom(client);
+    const UpdateResult result = run();
+    ASSERT_EQ(result.outcome, Outcome::UpToDate) << result.failure.detail;
+    EXPECT_EQ(local("data/renamed.pak"), v1);
+    EXPECT_EQ(servedBytes(server, url("data/renamed.pak"), v1.size()), 0u);
+    EXPECT_EQ(result.bytesSaved, v1.size() - indexBytesOf(v1).size());
+}
+
 // Whatever goes wrong with the delta, the file comes whole and verified, and the player's old copy is
 // untouched until then.
 TEST_F(DeltaRunTest, EveryDoubtFallsBackToTheWholeFile) {
