@@ -80,31 +80,32 @@ def publish(root, client, base_url, with_indexes=True):
         f.write("<config>\ncrcpatch_url=%s/client/\n%s\n</config>\n" % (base_url, line))
 
 
-def same_tree(a, b):
-    """None when every listed file of a is in b with the same bytes."""
-    for folder, _, names in os.walk(a):
+def client_files(root):
+    """The client's own files under root (relative paths), without the list and the indexes."""
+    for folder, _, names in os.walk(root):
         for name in names:
-            rel = os.path.relpath(os.path.join(folder, name), a)
-            if rel.startswith(".nvindex") or rel == "crclist.txt":
-                continue
-            with open(os.path.join(a, rel), "rb") as x, open(os.path.join(b, rel), "rb") as y:
-                while True:
-                    p, q = x.read(4 * MiB), y.read(4 * MiB)
-                    if p != q:
-                        return "differs: " + rel
-                    if not p:
-                        break
+            rel = os.path.relpath(os.path.join(folder, name), root)
+            if not (rel.startswith(".nvindex") or rel == "crclist.txt"):
+                yield rel
+
+
+def same_tree(a, b):
+    """None when every client file of a is in b with the same bytes."""
+    for rel in client_files(a):
+        with open(os.path.join(a, rel), "rb") as x, open(os.path.join(b, rel), "rb") as y:
+            while True:
+                p, q = x.read(4 * MiB), y.read(4 * MiB)
+                if p != q:
+                    return "differs: " + rel
+                if not p:
+                    break
     return None
 
 
 def copy_client(client, dest):
-    for folder, _, names in os.walk(client):
-        for name in names:
-            rel = os.path.relpath(os.path.join(folder, name), client)
-            if rel.startswith(".nvindex") or rel == "crclist.txt":
-                continue
-            os.makedirs(os.path.dirname(os.path.join(dest, rel)), exist_ok=True)
-            shutil.copyfile(os.path.join(client, rel), os.path.join(dest, rel))
+    for rel in client_files(client):
+        os.makedirs(os.path.dirname(os.path.join(dest, rel)), exist_ok=True)
+        shutil.copyfile(os.path.join(client, rel), os.path.join(dest, rel))
 
 
 def run_patcher(config_url, dest, connections, segment_mb):

@@ -128,6 +128,8 @@ try:
     files[PACK] = changed(files[PACK], overwrite_at=12 * MIB, overwrite=rng.randbytes(100 * 1024),
                           insert_at=4 * MIB, insert=rng.randbytes(1000))
     publish(NGINX + "/client/")
+    index_size = sum(os.path.getsize(os.path.join(client, ".nvindex", n))
+                     for n in os.listdir(os.path.join(client, ".nvindex")))
     delta = run()
     out = delta.stdout.decode("utf-8", errors="replace")
     records = nginx_log.new()
