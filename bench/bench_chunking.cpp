@@ -64,8 +64,8 @@ void chunking() {
     std::printf("chunks: %zu, average %.1f KiB\n", chunks, double(kFileBytes) / double(chunks) / 1024);
     std::printf("chunking %.0f MiB/s, check (CRC-32) %.0f MiB/s, plain read %.0f MiB/s\n",
                 mib / (chunk.bestMs / 1e3), mib / (check.bestMs / 1e3), mib / (read.bestMs / 1e3));
-    std::printf("ratio chunking / plain read (time): %.2f, chunking / check: %.2f\n", chunk.bestMs / read.bestMs,
-                chunk.bestMs / check.bestMs);
+    std::printf("ratio chunking / plain read (time): %.2f, chunking / check: %.2f\n",
+                chunk.bestMs / read.bestMs, chunk.bestMs / check.bestMs);
 }
 
 } // namespace

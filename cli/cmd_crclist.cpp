@@ -152,8 +152,7 @@ int commandCrclist(const Invocation& invocation, Console& console) {
                 entry.size = index.fileSize;
                 entry.crc = index.fileCrc;
                 const std::string bytes = update::writeChunkIndex(index);
-                const std::wstring indexFile =
-                    pathJoin(root, utf8ToWide(update::indexPathFor(entry.path)));
+                const std::wstring indexFile = pathJoin(root, utf8ToWide(update::indexPathFor(entry.path)));
                 if (!writeFileAtomic(indexFile, bytes.data(), bytes.size())) {
                     problems[i] = L"Yazılamadı: " + indexFile + L" — " + systemErrorText(lastSystemError());
                     failedRead = true;
@@ -176,8 +175,8 @@ int commandCrclist(const Invocation& invocation, Console& console) {
     for (const std::wstring& problem : problems)
         if (!problem.empty()) return failed(console, problem);
 
-    // The list names each index; indexes of files no longer listed (or now too small) are removed, so that the
-    // folder as it is left is the one to upload.
+    // The list names each index; indexes of files no longer listed (or now too small) are removed, so that
+    // the folder as it is left is the one to upload.
     std::set<std::string> kept;
     uint64_t indexBytes = 0;
     for (size_t i = 0; i < indexes.size(); ++i) {

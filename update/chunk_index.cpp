@@ -83,7 +83,8 @@ bool parseChunkIndex(std::string_view bytes, ChunkIndex& index, std::string& err
     if ((body - kHeaderBytes) % kEntryBytes != 0 || (body - kHeaderBytes) / kEntryBytes != count)
         return error = "parca sayisi indeksin boyuna uymuyor", false;
     // Every chunk holds at least one byte, every chunk but the last at least min.
-    if (count > fileSize || (fileSize > 0 && count == 0)) return error = "parca sayisi dosyaya uymuyor", false;
+    if (count > fileSize || (fileSize > 0 && count == 0))
+        return error = "parca sayisi dosyaya uymuyor", false;
 
     index.params = params;
     index.fileSize = fileSize;

@@ -22,8 +22,9 @@ constexpr std::array<uint64_t, 256> makeGear() {
 }
 constexpr std::array<uint64_t, 256> kGear = makeGear();
 
-// The same values shifted once: two steps at a time, ((h << 1) + g[a] << 1) + g[b] == (h << 2) + g2[a] + g[b],
-// so the chain that each step waits on is half as long and the hash goes twice as fast.
+// The same values shifted once, to take two steps at a time:
+//   ((h << 1) + g[a] << 1) + g[b] == (h << 2) + g2[a] + g[b]
+// so the chain of operations that each step waits on is half as long, and the hash runs twice as fast.
 constexpr std::array<uint64_t, 256> makeGearShifted() {
     std::array<uint64_t, 256> table{};
     for (size_t i = 0; i < table.size(); ++i)

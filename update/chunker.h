@@ -5,9 +5,9 @@
 // index of a file on the server and the player's old copy are chunked alike; the chunks the player already
 // has are not downloaded again.
 //
-// Sizes are bounded: no cut before `min` bytes (the hash is not even looked at there, which is where the speed
-// comes from), always a cut at `max`, and the cut is harder to take before `avg` and easier after it, which
-// keeps most chunks close to `avg`.
+// Sizes are bounded: no cut before `min` bytes (the hash is not even looked at there, which is where the
+// speed comes from), always a cut at `max`, and the cut is harder to take before `avg` and easier after it,
+// which keeps most chunks close to `avg`.
 
 #include "update/chunk_hash.h"
 

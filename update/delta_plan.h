@@ -38,10 +38,10 @@ enum class PieceKind {
 
 struct DeltaPiece {
     PieceKind kind = PieceKind::Fetch;
-    ByteRange target;         // bytes of the new file
-    size_t firstChunk = 0;    // the index's chunks it covers
+    ByteRange target;      // bytes of the new file
+    size_t firstChunk = 0; // the index's chunks it covers
     size_t chunkCount = 0;
-    uint32_t source = 0;      // Copy: the file and the offset its bytes start at
+    uint32_t source = 0; // Copy: the file and the offset its bytes start at
     uint64_t sourceOffset = 0;
 };
 

@@ -92,7 +92,8 @@ struct FileJob {
     uint64_t recordEnd = 0;
     std::atomic<bool> abandon{false};
     std::atomic<uint64_t> received{0}; // bytes of this file taken so far (resumed segments included)
-    std::atomic<uint64_t> fetchTotal{0}; // what this file needs from the server: its size, or a delta's chunks
+    std::atomic<uint64_t> fetchTotal{
+        0}; // what this file needs from the server: its size, or a delta's chunks
 
     // A delta: the new file's index and its pieces in order, which then take the place of the segments
     // (segmentDone, segmentCrc and segmentsLeft count pieces).
@@ -738,8 +739,9 @@ void Run::prepareDeltas(const std::map<std::string, IndexRef>& indexes) {
     if (!any) return;
 
     std::vector<std::vector<Chunk>> chunks(sources.size());
-    const int readers = request_.checkThreads > 0 ? request_.checkThreads
-                                                  : int(std::clamp(std::thread::hardware_concurrency(), 1u, 4u));
+    const int readers = request_.checkThreads > 0
+                            ? request_.checkThreads
+                            : int(std::clamp(std::thread::hardware_concurrency(), 1u, 4u));
     inParallel(sources.size(), readers, [&](size_t i) {
         ChunkIndex local;
         FileError error;
@@ -853,12 +855,14 @@ void Run::planJob(FileJob& job, const LocalChunks& local, const std::vector<std:
             for (uint64_t at = 0; read && at < piece.target.length();) {
                 const size_t n = size_t(std::min<uint64_t>(buffer.size(), piece.target.length() - at));
                 read = source->read(piece.sourceOffset + at, buffer.data(), n, error);
-                if (read && !writer.take(buffer.data(), n)) return fail(fileFailure(writer.error(), FailureKind::WriteFailed));
+                if (read && !writer.take(buffer.data(), n))
+                    return fail(fileFailure(writer.error(), FailureKind::WriteFailed));
                 at += n;
             }
             if (!read) {
                 // The old file changed under us: the file comes the usual way instead.
-                log_.line(job.path + ": yerel parca okunamadi (" + describe(error) + "); dosya tam indirilecek");
+                log_.line(job.path + ": yerel parca okunamadi (" + describe(error) +
+                          "); dosya tam indirilecek");
                 job.index.reset();
                 return;
             }
@@ -877,9 +881,10 @@ void Run::planJob(FileJob& job, const LocalChunks& local, const std::vector<std:
     job.segmentsLeft = left;
     job.fetchTotal = plan.fetchBytes;
     job.file = std::move(part);
-    log_.line(job.path + ": fark guncellemesi, " + std::to_string(plan.copyBytes) + " bayt yerel dosyalardan, " +
-              std::to_string(plan.keepBytes) + " bayt onceki calismadan, " + std::to_string(plan.fetchBytes) +
-              " bayt " + std::to_string(plan.fetchRequests) + " istekle indirilecek");
+    log_.line(job.path + ": fark guncellemesi, " + std::to_string(plan.copyBytes) +
+              " bayt yerel dosyalardan, " + std::to_string(plan.keepBytes) + " bayt onceki calismadan, " +
+              std::to_string(plan.fetchBytes) + " bayt " + std::to_string(plan.fetchRequests) +
+              " istekle indirilecek");
 }
 
 void Run::push(Task task, bool front) {

@@ -57,7 +57,8 @@ struct Client {
             list.comments.push_back(indexRefLine(path, {index.size(), hash128(index.data(), index.size())}));
         }
         server.putText(url("crclist.txt"), writeFileList(list));
-        server.putText(kConfigUrl, "<config>\ncrcpatch_url=" + std::string(FakeServer::kBase) + "\n</config>\n");
+        server.putText(kConfigUrl,
+                       "<config>\ncrcpatch_url=" + std::string(FakeServer::kBase) + "\n</config>\n");
     }
 };
 
@@ -207,15 +208,24 @@ TEST_F(DeltaRunTest, EveryDoubtFallsBackToTheWholeFile) {
         std::function<void(FakeServer&, const std::string& indexUrl)> spoil;
     };
     const Case cases[] = {
-        {"no index on the server", [](FakeServer& s, const std::string& i) { s.fault(i, {Fault::Status, 404}); }},
+        {"no index on the server",
+         [](FakeServer& s, const std::string& i) {
+             s.fault(i, {Fault::Status, 404});
+         }},
         {"an index that is not the list's",
-         [](FakeServer& s, const std::string& i) { s.putText(i, indexBytesOf(test::noiseBytes(2 * kMiB, 1))); }},
+         [](FakeServer& s, const std::string& i) {
+             s.putText(i, indexBytesOf(test::noiseBytes(2 * kMiB, 1)));
+         }},
         {"a server that ignores ranges",
          [this](FakeServer& s, const std::string&) { s.fault(url(pack), {Fault::IgnoreRange}); }},
         {"a range whose bytes the index does not know",
-         [this](FakeServer& s, const std::string&) { s.fault(url(pack), {Fault::WrongBytes, 0, 0, 1}); }},
+         [this](FakeServer& s, const std::string&) {
+             s.fault(url(pack), {Fault::WrongBytes, 0, 0, 1});
+         }},
         {"a server error on the index, then nothing",
-         [](FakeServer& s, const std::string& i) { s.fault(i, {Fault::Status, 503}); }},
+         [](FakeServer& s, const std::string& i) {
+             s.fault(i, {Fault::Status, 503});
+         }},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -279,7 +289,8 @@ TEST(DeltaPlan, JoinsNeighboursAndBoundsRequests) {
     index.fileSize = 1000;
     LocalChunks local;
     // Chunks 0-2 in source 0 in order, chunk 3 in source 1, chunk 7 in source 0 out of place.
-    local.add(0, {{0, 100, Hash128{1}}, {100, 100, Hash128{2}}, {200, 100, Hash128{3}}, {900, 100, Hash128{8}}});
+    local.add(0,
+              {{0, 100, Hash128{1}}, {100, 100, Hash128{2}}, {200, 100, Hash128{3}}, {900, 100, Hash128{8}}});
     local.add(1, {{5000, 100, Hash128{4}}, {0, 100, Hash128{1}}});
     struct Case {
         const char* name;

@@ -152,8 +152,8 @@ public:
 
     std::unique_ptr<PartFile> openRead(const std::string& path, FileError& error) override {
         HANDLE handle = CreateFileW(full(path).c_str(), GENERIC_READ,
-                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
         if (handle == INVALID_HANDLE_VALUE) {
             failWith(error, path, Operation::Create);
             return nullptr;
