@@ -78,7 +78,7 @@ nv::bench::Timing wholeBuild(const std::string& name, const nv::SkinWorkspace& w
 // with the loader flags the build's verification is held to.
 nv::bench::Timing bareSteps(const std::string& name, const nv::SkinWorkspace& workspace) {
     nv::Bytes package;
-    std::vector<std::wstring> messages;
+    nv::LoadMessages messages;
     if (!workspace.buildSkinPackage(package, messages)) nv::bench::fail("the skin does not pack");
     const std::wstring output = outputPath(L"nv-bench-bare.exe");
     const nv::bench::Timing timing = nv::bench::measure(name, kRuns, [&] {

@@ -135,9 +135,9 @@ nv::SkinFileSet imageBomb() {
 
 void loadOrFail(const nv::SkinFileSet& files, size_t expectedControls) {
     nv::SkinModel model;
-    std::vector<std::wstring> warnings;
-    if (!nv::loadSkinModel(files, model, &warnings) || model.controls.size() != expectedControls ||
-        !warnings.empty())
+    nv::LoadMessages messages;
+    if (!nv::loadSkinModel(files, model, &messages) || model.controls.size() != expectedControls ||
+        !messages.warnings.empty())
         nv::bench::fail("the skin did not load cleanly");
     nv::bench::keep(&model);
 }

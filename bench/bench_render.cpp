@@ -34,7 +34,7 @@ nv::SkinWorkspace sampleWorkspace() {
 
 nv::PatcherScene sampleScene(const nv::SkinWorkspace& workspace) {
     nv::SkinModel model;
-    std::vector<std::wstring> messages;
+    nv::LoadMessages messages;
     if (!workspace.loadPreviewModel(model, messages)) nv::bench::fail("the sample skin does not load");
     return nv::buildScene(model, workspace.settings);
 }

@@ -1,7 +1,7 @@
 // nvbuild compose: the skin package a build would embed, with the operator's edits given as options.
 
 #include "cli/nvbuild.h"
-#include "cli/skin_edits.h"
+#include "cli/recipe_options.h"
 #include "cli/skin_input.h"
 #include "core/files.h"
 #include "core/text.h"
@@ -10,9 +10,9 @@ namespace nv {
 namespace {
 
 int commandCompose(const Invocation& invocation, Console& console) {
-    SkinEdits edits;
+    RecipeOptions edits;
     std::wstring error;
-    if (!readSkinEdits(invocation, edits, error)) return invocation.usageError(console, error);
+    if (!readRecipeOptions(invocation, edits, error)) return invocation.usageError(console, error);
 
     const std::wstring& source = invocation.arguments[0];
     const std::wstring& out = invocation.arguments[1];
@@ -26,9 +26,9 @@ int commandCompose(const Invocation& invocation, Console& console) {
         console.errLine(L"Not: " + line);
 
     Bytes package;
-    std::vector<std::wstring> messages;
+    LoadMessages messages;
     bool ok = workspace.buildSkinPackage(package, messages);
-    for (const std::wstring& m : messages)
+    for (const std::wstring& m : messages.lines())
         console.errLine(m);
     if (!ok) return kExitFailed;
     if (!writeFileAtomic(out, package))
@@ -45,7 +45,7 @@ const std::wstring kComposeHelp =
         L"  SOURCE  skin: klasör, .zip, skin paketi ya da (Windows'ta) skin taşıyan patcher .exe\n"
         L"  OUT     yazılacak skin paketi (.nvsk); yalnızca skin doğrulanırsa yazılır, varsa yerine geçer\n"
         L"\n") +
-    std::wstring(kSkinEditsHelp) +
+    skinEditsHelp() +
     L"\n"
     L"norvane.ini her zaman bu değerlerle baştan yazılır; skin.xml, adres ve dil dosyalarında yalnızca\n"
     L"değişen değerler yerinde düzenlenir. Yükleyicinin uyarıları standart hataya yazılır.\n";

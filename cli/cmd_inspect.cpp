@@ -85,8 +85,8 @@ std::string jsonReport(bool ok, const SkinModel& m, const std::vector<std::wstri
     json.key("segmentMb").value(s.segmentMb);
     json.key("closeOnStart").value(s.closeOnStart);
     json.key("autoStart").value(s.autoStart);
-    json.key("allowStartOnError").value(s.allowStartOnError);
-    json.key("browserEmulation").value(s.browserEmulation);
+    json.key("allowStartOnError").value(s.allowError);
+    json.key("browserEmulation").value(s.browserEmu);
     json.key("runArgs").value(s.runArgs);
     json.endObject();
 
@@ -210,8 +210,8 @@ void textReport(Console& console, const std::wstring& source, const SkinWorkspac
     settings.row({L"  Parça boyutu:", number(s.segmentMb) + L" MB"});
     settings.row({L"  Oyun açılınca kapansın:", yesNo(s.closeOnStart)});
     settings.row({L"  Bitince oyunu başlat:", yesNo(s.autoStart)});
-    settings.row({L"  Hatada da başlatılabilsin:", yesNo(s.allowStartOnError)});
-    settings.row({L"  IE11 kipi:", yesNo(s.browserEmulation)});
+    settings.row({L"  Hatada da başlatılabilsin:", yesNo(s.allowError)});
+    settings.row({L"  IE11 kipi:", yesNo(s.browserEmu)});
     settings.row({L"  Oyun argümanları:", orDash(s.runArgs)});
     settings.print(console);
 
@@ -243,10 +243,11 @@ int commandInspect(const Invocation& invocation, Console& console) {
         if (json) console.outLine(utf8ToWide(jsonReport(false, SkinModel{}, {message})));
         return failed(console, message);
     }
-    std::vector<std::wstring> warnings;
-    if (!note.empty()) warnings.push_back(L"Not: " + note);
+    LoadMessages messages;
+    if (!note.empty()) messages.warnings.push_back(L"Not: " + note);
     SkinModel model;
-    const bool ok = workspace.loadPreviewModel(model, warnings);
+    const bool ok = workspace.loadPreviewModel(model, messages);
+    const std::vector<std::wstring> warnings = messages.lines();
     if (json)
         console.outLine(utf8ToWide(jsonReport(ok, model, warnings)));
     else if (ok)

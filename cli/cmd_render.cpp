@@ -5,7 +5,7 @@
 #include "core/files.h"
 #include "core/text.h"
 #include "renderer/png_writer.h"
-#include "renderer/scene.h"
+#include "renderer/preview.h"
 
 #include <new>
 
@@ -27,16 +27,14 @@ int commandRender(const Invocation& invocation, Console& console) {
     if (!note.empty()) console.errLine(L"Not: " + note);
 
     // Composed and loaded exactly as the live preview does it, then drawn with the preview's sample values.
-    SkinModel model;
-    std::vector<std::wstring> messages;
-    const bool loaded = workspace.loadPreviewModel(model, messages);
-    for (const std::wstring& m : messages)
+    PatcherScene scene;
+    std::vector<ControlState> states;
+    LoadMessages messages;
+    const bool loaded = prepareLivePreview(workspace, scene, states, messages);
+    for (const std::wstring& m : messages.lines())
         console.errLine(m);
     if (!loaded) return kExitFailed;
-    const PatcherScene scene = buildScene(model, workspace.settings);
     if (scene.width < 1 || scene.height < 1) return failed(console, L"Skinin pencere boyutu yok.");
-    std::vector<ControlState> states = defaultStates(scene);
-    applyPreviewSamples(scene, states);
     for (const GivenOption& edit : stateEdits) {
         const int index = findControl(scene, wideToUtf8(edit.second));
         if (index < 0) return failed(console, L"Skinde bu kimlikte kontrol yok: " + edit.second);
@@ -44,11 +42,11 @@ int commandRender(const Invocation& invocation, Console& console) {
     }
     if (!rendererDrawsText()) console.errLine(L"Not: bu yapı metin çizmez; metinleri Windows yapısı çizer.");
 
+    PreviewPicture picture;
     Bytes png;
     try {
-        std::vector<uint32_t> pixels(size_t(scene.width) * size_t(scene.height));
-        renderScene(scene, states, true, pixels.data());
-        png = encodePng(pixels.data(), scene.width, scene.height);
+        if (!drawPicture(scene, states, true, picture)) return failed(console, L"Bellek yetersiz.");
+        png = encodePng(picture.pixels.data(), picture.width, picture.height);
     } catch (const std::bad_alloc&) {
         return failed(console, L"Bellek yetersiz.");
     }

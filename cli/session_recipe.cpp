@@ -2,16 +2,17 @@
 
 #include "cli/nvbuild.h"
 #include "cli/skin_input.h"
+#include "recipe/session_file.h"
 
 namespace nv {
 namespace {
 
 // The window's restore, except that the skin may also be a package or a patcher, as everywhere in nvbuild.
-class RecipeTarget : public SessionValuesTarget {
+class RecipeTarget : public RecipeSessionTarget {
 public:
-    using SessionValuesTarget::SessionValuesTarget;
+    using RecipeSessionTarget::RecipeSessionTarget;
     void loadSkin(const std::wstring& path) override {
-        if (loadSkinInput(path, workspace_, loadMessage_, note)) takeSkinValues(path);
+        if (loadSkinInput(path, workspace_, loadMessage_, note)) takeSkin(path);
     }
     std::wstring note;
 };
@@ -19,7 +20,7 @@ public:
 } // namespace
 
 bool readSessionRecipe(const std::wstring& file, const std::wstring& source, SkinWorkspace& workspace,
-                       SessionValues& values, std::wstring& message, std::wstring& note) {
+                       Recipe& recipe, std::wstring& message, std::wstring& note) {
     if (!requireExisting(file, message)) return false;
     SessionMap map;
     if (!readSessionFile(file, map)) {
@@ -35,7 +36,7 @@ bool readSessionRecipe(const std::wstring& file, const std::wstring& source, Ski
     // The window lets a vanished skin go quietly; a build has nothing to build without one.
     if (!requireExisting(skin, message)) return false;
 
-    RecipeTarget target(values, workspace);
+    RecipeTarget target(recipe, workspace);
     applySession(map, target);
     note = target.note;
     if (!target.skinLoaded()) {

@@ -45,9 +45,9 @@ void require(bool condition) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     nv::SkinFileSet files = filesOf(data, size);
     nv::SkinModel model;
-    std::vector<std::wstring> warnings;
-    const bool loads = nv::loadSkinModel(files, model, &warnings);
-    require(loads || !warnings.empty()); // a failed load always says why
+    nv::LoadMessages loaded;
+    const bool loads = nv::loadSkinModel(files, model, &loaded);
+    require(loads == loaded.error.empty()); // a failed load always says why, a good one has no reason
 
     const nv::LintReport lint = nv::lintSkin(files);
     require(lint.loaded == loads);
@@ -60,18 +60,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         require(!message.empty());
         return 0;
     }
-    ws.serverAddress = L"https://yeni.example/cfg?a=1&b=<\"'>";
-    ws.newsAddress = L"https://yeni.example/haber&x";
+    ws.configUrl = L"https://yeni.example/cfg?a=1&b=<\"'>";
+    ws.iframeUrl = L"https://yeni.example/haber&x";
     ws.feedUrl = L"https://yeni.example/feed\"";
     for (nv::ButtonLink& link : ws.buttonLinks)
         ws.setButtonLink(link.id, L"https://b.example/?q=&\"<>");
 
     nv::Bytes package;
-    std::vector<std::wstring> messages;
+    nv::LoadMessages messages;
     const bool built = ws.buildSkinPackage(package, messages);
     if (loads) require(built);
     if (!built) {
-        require(!messages.empty());
+        require(!messages.error.empty());
         return 0;
     }
     nv::SkinFileSet unpacked;

@@ -16,6 +16,8 @@ class SkinWorkspace;
 
 struct VersionInfoFields {
     std::wstring productName, companyName, fileDescription, versionText, legalCopyright, originalFilename;
+
+    bool operator==(const VersionInfoFields&) const = default;
 };
 
 // Where the signing certificate comes from. A new certificate's key lives on a hardware token or in a cloud
@@ -37,6 +39,8 @@ struct SigningOptions {
     std::wstring pluginPath, pluginMetadataPath; // Plugin
     std::wstring command;                        // Command
     std::vector<std::wstring> moreTimestampUrls; // tried in order after timestampUrl
+
+    bool operator==(const SigningOptions&) const = default;
 };
 
 struct BuildRequest {
@@ -64,8 +68,8 @@ using BuildLogFn = void (*)(void* context, const std::wstring& line);
 // leaves the previous output as it was and no temporary file behind. Never throws.
 BuildResult writePatcherExecutable(const BuildRequest& request, BuildLogFn log, void* context);
 
-// What the builder's fields hold besides the working skin (the window, the preview executable, snapshot mode
-// and nvbuild fill it the same way).
+// The build's inputs besides the working skin; the window, the preview executable, snapshot mode and nvbuild
+// all make them from the operator's recipe (recipe/recipe.h).
 struct BuildInputs {
     std::wstring templatePath, outputPath;
     Bytes iconBytes;
@@ -73,9 +77,9 @@ struct BuildInputs {
     SigningOptions signing;
 };
 
-// Composes the package from the workspace (its settings, addresses and links already copied in from the
-// fields), fills the request (productName defaults to the trimmed title, originalFilename to the output's
-// file name) and writes the executable. Never throws; safe on a worker thread (reads the workspace only).
+// Composes the package from the workspace (the recipe applied to it), fills the request (productName defaults
+// to the trimmed title, originalFilename to the output's file name) and writes the executable. Never throws;
+// safe on a worker thread (reads the workspace only).
 BuildResult runBuild(const SkinWorkspace& workspace, const BuildInputs& inputs, BuildLogFn log,
                      void* context);
 

@@ -14,10 +14,9 @@ BuildResult runBuild(const SkinWorkspace& workspace, const BuildInputs& inputs, 
     BuildResult result;
     try {
         Bytes package;
-        std::vector<std::wstring> messages;
+        LoadMessages messages;
         if (!workspace.buildSkinPackage(package, messages)) {
-            // The composition's failure is its last message; the ones before it are warnings.
-            result.message = messages.empty() ? L"Skin paketi boş." : messages.back();
+            result.message = messages.error.empty() ? L"Skin paketi boş." : messages.error;
             return result;
         }
         return writePatcherExecutable(makeBuildRequest(inputs, workspace.settings.title, std::move(package)),

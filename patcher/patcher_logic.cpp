@@ -37,11 +37,8 @@ std::wstring patcherTitle(const PatcherScene& scene, bool preview) {
 }
 
 std::vector<ControlState> startStates(const PatcherScene& scene, bool preview, bool updating) {
+    if (preview) return previewStates(scene);
     std::vector<ControlState> states = defaultStates(scene);
-    if (preview) {
-        applyPreviewSamples(scene, states);
-        return states;
-    }
     for (size_t i = 0; i < scene.controls.size(); ++i) {
         const SkinControl& control = scene.controls[i];
         if (control.kind == ControlKind::Text && control.id == "TEXT_MAIN")

@@ -3,6 +3,7 @@
 // with, what a click on a button does and how the pointer moves hover and press between controls. The window
 // (win32/) only carries these decisions out.
 
+#include "renderer/preview.h"
 #include "renderer/scene.h"
 
 #include <string>

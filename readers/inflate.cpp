@@ -5,6 +5,7 @@
 #include "readers/inflate.h"
 
 #include "core/memory_guard.h"
+#include "readers/deflate_tables.h"
 
 #include <cstring>
 
@@ -126,17 +127,6 @@ int decode(State& s, const Huffman& h) {
     fail(L"Deflate Huffman kodu gecersiz.");
 }
 
-// Length symbols 257..285 and distance symbols 0..29 (RFC 1951 3.2.5): base value and number of extra bits.
-constexpr uint16_t kLengthBase[29] = {3,  4,  5,  6,  7,  8,  9,  10, 11,  13,  15,  17,  19,  23, 27,
-                                      31, 35, 43, 51, 59, 67, 83, 99, 115, 131, 163, 195, 227, 258};
-constexpr uint8_t kLengthExtra[29] = {0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2,
-                                      2, 3, 3, 3, 3, 4, 4, 4, 4, 5, 5, 5, 5, 0};
-constexpr uint16_t kDistBase[30] = {1,    2,    3,    4,    5,    7,    9,    13,    17,    25,
-                                    33,   49,   65,   97,   129,  193,  257,  385,   513,   769,
-                                    1025, 1537, 2049, 3073, 4097, 6145, 8193, 12289, 16385, 24577};
-constexpr uint8_t kDistExtra[30] = {0, 0, 0, 0, 1, 1, 2, 2,  3,  3,  4,  4,  5,  5,  6,
-                                    6, 7, 7, 8, 8, 9, 9, 10, 10, 11, 11, 12, 12, 13, 13};
-
 // The compressed data of a Huffman block: literals and <length, distance> pairs up to end-of-block (256).
 void codes(State& s, const Huffman& litLen, const Huffman& dist) {
     for (;;) {
@@ -150,11 +140,11 @@ void codes(State& s, const Huffman& litLen, const Huffman& dist) {
 
         symbol -= 257;
         if (symbol >= 29) fail(L"Deflate uzunluk kodu gecersiz.");
-        size_t length = kLengthBase[symbol] + bits(s, kLengthExtra[symbol]);
+        size_t length = deflate::kLengthBase[symbol] + bits(s, deflate::kLengthExtra[symbol]);
 
         symbol = decode(s, dist);
         if (symbol >= 30) fail(L"Deflate mesafe kodu gecersiz.");
-        size_t distance = kDistBase[symbol] + bits(s, kDistExtra[symbol]);
+        size_t distance = deflate::kDistanceBase[symbol] + bits(s, deflate::kDistanceExtra[symbol]);
 
         // A pair that both reaches too far and overflows the output is reported for its distance.
         if (distance > s.out.size()) fail(L"Deflate mesafesi cok uzak.");

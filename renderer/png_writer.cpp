@@ -1,6 +1,7 @@
 #include "renderer/png_writer.h"
 
 #include "core/crc32.h"
+#include "readers/deflate_tables.h"
 
 #include <array>
 #include <cstdlib>
@@ -53,27 +54,17 @@ void literalOrLength(BitWriter& w, uint32_t symbol) {
         w.code(0xC0 + symbol - 280, 8);
 }
 
-constexpr uint16_t kLengthBase[29] = {3,  4,  5,  6,  7,  8,  9,  10, 11,  13,  15,  17,  19,  23, 27,
-                                      31, 35, 43, 51, 59, 67, 83, 99, 115, 131, 163, 195, 227, 258};
-constexpr uint8_t kLengthExtra[29] = {0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2,
-                                      2, 3, 3, 3, 3, 4, 4, 4, 4, 5, 5, 5, 5, 0};
-constexpr uint16_t kDistanceBase[30] = {1,    2,    3,    4,    5,    7,    9,    13,    17,    25,
-                                        33,   49,   65,   97,   129,  193,  257,  385,   513,   769,
-                                        1025, 1537, 2049, 3073, 4097, 6145, 8193, 12289, 16385, 24577};
-constexpr uint8_t kDistanceExtra[30] = {0, 0, 0, 0, 1, 1, 2, 2,  3,  3,  4,  4,  5,  5,  6,
-                                        6, 7, 7, 8, 8, 9, 9, 10, 10, 11, 11, 12, 12, 13, 13};
-
 void match(BitWriter& w, uint32_t length, uint32_t distance) {
     int l = 28;
-    while (kLengthBase[l] > length)
+    while (deflate::kLengthBase[l] > length)
         --l;
     literalOrLength(w, 257 + uint32_t(l));
-    w.bits(length - kLengthBase[l], kLengthExtra[l]);
+    w.bits(length - deflate::kLengthBase[l], deflate::kLengthExtra[l]);
     int d = 29;
-    while (kDistanceBase[d] > distance)
+    while (deflate::kDistanceBase[d] > distance)
         --d;
     w.code(uint32_t(d), 5);
-    w.bits(distance - kDistanceBase[d], kDistanceExtra[d]);
+    w.bits(distance - deflate::kDistanceBase[d], deflate::kDistanceExtra[d]);
 }
 
 constexpr uint32_t kWindow = 32768;

@@ -71,15 +71,15 @@ std::string findLocaleFile(const SkinFileSet& files, std::string_view preferred)
     return {};
 }
 
-std::string writeAddressFile(std::string_view text, std::wstring_view serverAddress,
+std::string writeAddressFile(std::string_view text, std::wstring_view configUrl,
                              std::wstring_view importedAddress) {
-    if (serverAddress.empty() || serverAddress == importedAddress) return std::string(text);
+    if (configUrl.empty() || configUrl == importedAddress) return std::string(text);
     XmlDocument document;
     if (!parseXml(text, document)) return std::string(text);
     const XmlAttribute* attribute = document.root.findAttribute("remoteConfigPath");
     if (!attribute) return std::string(text);
     return applyTextEdits(
-        text, {{attribute->valueBegin, attribute->valueEnd, xmlEscapeAttribute(wideToUtf8(serverAddress))}});
+        text, {{attribute->valueBegin, attribute->valueEnd, xmlEscapeAttribute(wideToUtf8(configUrl))}});
 }
 
 std::string writeLocaleFile(std::string_view text, const LocaleTable& overrides) {

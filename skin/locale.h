@@ -37,10 +37,10 @@ std::string findAddressFile(const SkinFileSet& files);
 // ".locale.xml", else "".
 std::string findLocaleFile(const SkinFileSet& files, std::string_view preferred);
 
-// Sets the root's "remoteConfigPath" to serverAddress, changing only that value. The text comes back
+// Sets the root's "remoteConfigPath" to configUrl, changing only that value. The text comes back
 // unchanged when the address is empty or equal to importedAddress, when it does not parse, or when the root
 // has no such attribute (it is never added).
-std::string writeAddressFile(std::string_view text, std::wstring_view serverAddress,
+std::string writeAddressFile(std::string_view text, std::wstring_view configUrl,
                              std::wstring_view importedAddress);
 
 // Writes the overrides (upper-case key -> text) into the locale file: existing <string> elements get their

@@ -68,12 +68,14 @@ IniValues parseIni(std::string_view text) {
 PatcherSettings readPatcherSettings(const IniValues& ini) {
     PatcherSettings s;
     s.title = utf8ToWide(valueOr(ini, "patcher.title", ""));
-    s.connections = std::clamp(parseInt(valueOr(ini, "patcher.connections", "4"), 4), 1, 8);
-    s.segmentMb = std::clamp(parseInt(valueOr(ini, "patcher.segment_mb", "4"), 4), 1, 64);
+    s.connections =
+        std::clamp(parseInt(valueOr(ini, "patcher.connections", "4"), 4), kMinConnections, kMaxConnections);
+    s.segmentMb =
+        std::clamp(parseInt(valueOr(ini, "patcher.segment_mb", "4"), 4), kMinSegmentMb, kMaxSegmentMb);
     s.closeOnStart = parseYesNo(valueOr(ini, "patcher.close_on_start", "1"), true);
     s.autoStart = parseYesNo(valueOr(ini, "patcher.auto_start", "0"), false);
-    s.allowStartOnError = parseYesNo(valueOr(ini, "patcher.allow_start_on_error", "0"), false);
-    s.browserEmulation = parseYesNo(valueOr(ini, "patcher.browser_emulation", "1"), true);
+    s.allowError = parseYesNo(valueOr(ini, "patcher.allow_start_on_error", "0"), false);
+    s.browserEmu = parseYesNo(valueOr(ini, "patcher.browser_emulation", "1"), true);
     s.runArgs = utf8ToWide(valueOr(ini, "patcher.run_args", ""));
     return s;
 }
@@ -91,8 +93,8 @@ std::string writePatcherSettings(const PatcherSettings& settings) {
     out += "segment_mb=" + std::to_string(settings.segmentMb) + "\r\n";
     out += std::string("close_on_start=") + flag(settings.closeOnStart) + "\r\n";
     out += std::string("auto_start=") + flag(settings.autoStart) + "\r\n";
-    out += std::string("allow_start_on_error=") + flag(settings.allowStartOnError) + "\r\n";
-    out += std::string("browser_emulation=") + flag(settings.browserEmulation) + "\r\n";
+    out += std::string("allow_start_on_error=") + flag(settings.allowError) + "\r\n";
+    out += std::string("browser_emulation=") + flag(settings.browserEmu) + "\r\n";
     out += "run_args=" + wideToUtf8(settings.runArgs) + "\r\n";
     return out;
 }

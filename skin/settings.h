@@ -10,15 +10,19 @@
 
 namespace nv {
 
+// The ranges of the two counts; a value outside them is kept to them when read from a file.
+inline constexpr int kMinConnections = 1, kMaxConnections = 8;
+inline constexpr int kMinSegmentMb = 1, kMaxSegmentMb = 64;
+
 struct PatcherSettings {
     std::wstring title;
-    int connections = 4;      // parallel download connections, 1..8
-    int segmentMb = 4;        // download segment size in MiB, 1..64
+    int connections = 4;      // parallel download connections
+    int segmentMb = 4;        // download segment size in MiB
     bool closeOnStart = true; // close the patcher when the game starts
     bool autoStart = false;   // start the game when the update completes
-    bool allowStartOnError = false;
-    bool browserEmulation = true; // run the news browser in IE11 emulation
-    std::wstring runArgs;         // arguments for the game executable
+    bool allowError = false;  // the start button stays usable when the update failed
+    bool browserEmu = true;   // run the news browser in IE11 emulation
+    std::wstring runArgs;     // arguments for the game executable
 
     bool operator==(const PatcherSettings&) const = default;
 };

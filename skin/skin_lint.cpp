@@ -340,8 +340,8 @@ private:
         static constexpr Known kKnown[] = {
             {"patcher.title", 0, -1},
             {"patcher.run_args", 0, -1},
-            {"patcher.connections", 8, 4},
-            {"patcher.segment_mb", 64, 4},
+            {"patcher.connections", kMaxConnections, 4},
+            {"patcher.segment_mb", kMaxSegmentMb, 4},
             {"patcher.close_on_start", 0, 1},
             {"patcher.auto_start", 0, 0},
             {"patcher.allow_start_on_error", 0, 0},
@@ -426,9 +426,9 @@ std::wstring foldNameCase(std::wstring_view name) {
 LintReport lintSkin(const SkinFileSet& files) {
     LintReport report;
     SkinModel model;
-    std::vector<std::wstring> warnings;
-    report.loaded = loadSkinModel(files, model, &warnings);
-    for (std::wstring& w : warnings)
+    LoadMessages messages;
+    report.loaded = loadSkinModel(files, model, &messages);
+    for (std::wstring& w : messages.lines())
         report.findings.push_back({"", 0, "loader", std::move(w)});
     // The loader takes any number of files; a package, and so a build, takes at most this many.
     if (files.entries.size() > kSkinPackageMaxEntries)

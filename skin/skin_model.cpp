@@ -109,9 +109,16 @@ std::wstring resolveLink(const SkinModel& model, std::string_view linkUrl) {
 
 namespace {
 
-bool loadModel(const SkinFileSet& files, SkinModel& model, std::vector<std::wstring>* warnings) {
-    auto warn = [warnings](std::wstring line) {
+// Without messages no warning is even put into words: a skin of many thousands of controls may lack a picture
+// for each.
+bool loadModel(const SkinFileSet& files, SkinModel& model, LoadMessages* messages) {
+    std::vector<std::wstring>* warnings = messages ? &messages->warnings : nullptr;
+    auto warn = [&](std::wstring line) {
         if (warnings) warnings->push_back(std::move(line));
+    };
+    auto fail = [&](std::wstring reason) {
+        if (messages) messages->error = std::move(reason);
+        return false;
     };
     model = SkinModel{};
     SkinTexts texts;
@@ -120,39 +127,25 @@ bool loadModel(const SkinFileSet& files, SkinModel& model, std::vector<std::wstr
     model.settings = texts.settings;
     model.addressFile = texts.addressFile;
 
-    if (texts.addressFile.empty()) {
-        warn(L"Skin içinde Fernwick.url.xml yok.");
-        return false;
-    }
-    if (!texts.addressRead) {
-        warn(utf8ToWide(texts.addressFile) + L" okunamadı: " + texts.addressError);
-        return false;
-    }
+    if (texts.addressFile.empty()) return fail(L"Skin içinde Fernwick.url.xml yok.");
+    if (!texts.addressRead) return fail(utf8ToWide(texts.addressFile) + L" okunamadı: " + texts.addressError);
     model.remoteConfigPath = texts.remoteConfigPath;
     model.localConfigPath = texts.localConfigPath;
     model.languagePath = utf8ToWide(texts.languagePath);
     model.localeFile = texts.localeFile;
     if (!texts.localeError.empty()) warn(utf8ToWide(texts.localeFile) + L" okunamadı: " + texts.localeError);
 
-    if (!texts.skinPresent) {
-        warn(localeText(model, "ERROR_NO_SKIN") + L" (skin.xml yok)");
-        return false;
-    }
-    if (!texts.skinRead) {
-        warn(L"skin.xml okunamadı: " + texts.skinError);
-        return false;
-    }
+    if (!texts.skinPresent) return fail(localeText(model, "ERROR_NO_SKIN") + L" (skin.xml yok)");
+    if (!texts.skinRead) return fail(L"skin.xml okunamadı: " + texts.skinError);
     model.skinFile = "skin.xml";
 
     const XmlElement& root = texts.skin.root;
     SkinImages images(files, warnings);
     const std::string background = root.attribute("background_image", "main");
     model.background = images.completed(background);
-    if (model.background.empty()) {
-        warn(localeText(model, "ERROR_NO_SKIN") + L" (arka plan görseli yok: " + utf8ToWide(background) +
-             L")");
-        return false;
-    }
+    if (model.background.empty())
+        return fail(localeText(model, "ERROR_NO_SKIN") + L" (arka plan görseli yok: " +
+                    utf8ToWide(background) + L")");
     model.width = model.background.width;
     model.height = model.background.height;
     model.feedUrl = utf8ToWide(root.attribute("feed_url"));
@@ -182,12 +175,18 @@ bool loadModel(const SkinFileSet& files, SkinModel& model, std::vector<std::wstr
 
 } // namespace
 
-bool loadSkinModel(const SkinFileSet& files, SkinModel& model, std::vector<std::wstring>* warnings) {
+std::vector<std::wstring> LoadMessages::lines() const {
+    std::vector<std::wstring> all = warnings;
+    if (!error.empty()) all.push_back(error);
+    return all;
+}
+
+bool loadSkinModel(const SkinFileSet& files, SkinModel& model, LoadMessages* messages) {
     try {
-        return loadModel(files, model, warnings);
+        return loadModel(files, model, messages);
     } catch (const std::bad_alloc&) {
         model = SkinModel{};
-        if (warnings) warnings->push_back(kOutOfMemory);
+        if (messages) messages->error = kOutOfMemory;
         return false;
     }
 }

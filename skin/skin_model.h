@@ -88,9 +88,18 @@ struct ButtonImageNames {
 };
 ButtonImageNames buttonImageNames(std::string_view image);
 
-// True when the model is usable. Warnings (the builder's words, one line each) are appended when a list is
-// given.
-bool loadSkinModel(const SkinFileSet& files, SkinModel& model, std::vector<std::wstring>* warnings = nullptr);
+// What loading a skin said: its warnings (the builder's words, one line each, in the order found) and, when
+// the skin could not be loaded, why.
+struct LoadMessages {
+    std::vector<std::wstring> warnings;
+    std::wstring error; // empty when the load succeeded
+
+    // Every line, the warnings first and the reason last, as a report lists them.
+    std::vector<std::wstring> lines() const;
+};
+
+// True when the model is usable; otherwise messages->error says why. Warnings are appended either way.
+bool loadSkinModel(const SkinFileSet& files, SkinModel& model, LoadMessages* messages = nullptr);
 
 // The text of an upper-cased key, or the key itself when the table lacks it.
 std::wstring localeText(const SkinModel& model, std::string_view key);

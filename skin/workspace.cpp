@@ -45,7 +45,7 @@ void composeInto(const SkinWorkspace& ws, SkinFileSet& out) {
 
     if (const Bytes* address = ws.addressFile.empty() ? nullptr : out.findFile(ws.addressFile))
         out.putFile(ws.addressFile,
-                    bytesOf(writeAddressFile(textOf(*address), ws.serverAddress, ws.importedServerAddress)));
+                    bytesOf(writeAddressFile(textOf(*address), ws.configUrl, ws.importedConfigUrl)));
 
     // skin.xml: edited button links and the feed address, each value replaced in place. A file that does not
     // parse stays as it is; the validation that follows reports it.
@@ -73,9 +73,9 @@ void composeInto(const SkinWorkspace& ws, SkinFileSet& out) {
 
     if (const Bytes* locale = ws.localeFile.empty() ? nullptr : out.findFile(ws.localeFile)) {
         LocaleTable overrides;
-        if (!ws.newsAddress.empty() && ws.newsAddress != ws.importedNewsAddress) {
-            overrides["LAUNCHER_IFRAME"] = ws.newsAddress;
-            overrides["LAUNCHER_NEW_URL"] = ws.newsAddress;
+        if (!ws.iframeUrl.empty() && ws.iframeUrl != ws.importedIframeUrl) {
+            overrides["LAUNCHER_IFRAME"] = ws.iframeUrl;
+            overrides["LAUNCHER_NEW_URL"] = ws.iframeUrl;
         }
         // A link that named a locale key lives under that key. Only a changed link is written back: an
         // unchanged one would rewrite the value the file already holds, and could undo a new news address
@@ -150,15 +150,15 @@ void SkinWorkspace::importSkinValues() {
     SkinTexts texts;
     readSkinTexts(files, texts);
     addressFile = texts.addressFile;
-    serverAddress = texts.addressRead ? texts.remoteConfigPath : std::wstring();
+    configUrl = texts.addressRead ? texts.remoteConfigPath : std::wstring();
     localeFile = texts.localeFile;
     // The news page shows the frame's address, or else the "new" page's when only that one is set (the
     // built-in texts of both are empty, so only the skin's own locale file can fill them).
-    newsAddress.clear();
+    iframeUrl.clear();
     for (const char* key : {"LAUNCHER_IFRAME", "LAUNCHER_NEW_URL"}) {
         const std::wstring& text = texts.strings[key];
         if (!text.empty()) {
-            newsAddress = text;
+            iframeUrl = text;
             break;
         }
     }
@@ -187,20 +187,26 @@ void SkinWorkspace::importSkinValues() {
         }
     }
 
-    importedServerAddress = serverAddress;
-    importedNewsAddress = newsAddress;
+    importedConfigUrl = configUrl;
+    importedIframeUrl = iframeUrl;
     importedFeedUrl = feedUrl;
 }
 
 bool SkinWorkspace::setButtonLink(std::string_view id, const std::wstring& link) {
     bool found = false;
-    for (ButtonLink& button : buttonLinks) {
-        if (!equalsIgnoreCase(button.id, id)) continue;
-        button.link = link;
-        button.edited = link != button.importedLink;
+    for (size_t i = 0; i < buttonLinks.size(); ++i) {
+        if (!equalsIgnoreCase(buttonLinks[i].id, id)) continue;
+        setButtonLinkAt(i, link);
         found = true;
     }
     return found;
+}
+
+void SkinWorkspace::setButtonLinkAt(size_t index, const std::wstring& link) {
+    if (index >= buttonLinks.size()) return;
+    ButtonLink& button = buttonLinks[index];
+    button.link = link;
+    button.edited = link != button.importedLink;
 }
 
 bool SkinWorkspace::composeSkinFiles(SkinFileSet& out, std::wstring& message) const {
@@ -215,36 +221,28 @@ bool SkinWorkspace::composeSkinFiles(SkinFileSet& out, std::wstring& message) co
     });
 }
 
-bool SkinWorkspace::buildSkinPackage(Bytes& out, std::vector<std::wstring>& messages) const {
+bool SkinWorkspace::buildSkinPackage(Bytes& out, LoadMessages& messages) const {
     SkinFileSet composed;
-    std::wstring message;
-    if (!composeSkinFiles(composed, message)) {
-        messages.push_back(message);
-        return false;
-    }
+    if (!composeSkinFiles(composed, messages.error)) return false;
     // The package is never written from a set that the patcher could not show.
     SkinModel model;
     if (!loadSkinModel(composed, model, &messages)) return false;
     // The edits can grow a set that was within the limit when it was read.
     if (composed.totalBytes() > SkinFileSet::kMaxTotalBytes) {
-        messages.push_back(L"Skin paketi 64 MB sinirini asiyor.");
+        messages.error = L"Skin paketi 64 MB sinirini asiyor.";
         return false;
     }
-    std::wstring refused;
-    if (packSkinFiles(composed, out, &refused)) return true;
-    messages.push_back(refused);
-    return false;
+    return packSkinFiles(composed, out, &messages.error);
 }
 
-bool SkinWorkspace::loadPreviewModel(SkinModel& model, std::vector<std::wstring>& messages) const {
+bool SkinWorkspace::loadPreviewModel(SkinModel& model, LoadMessages& messages) const {
     if (!loaded) {
-        messages.push_back(L"Önce bir skin yükleyin.");
+        messages.error = L"Önce bir skin yükleyin.";
         return false;
     }
-    // Unlike a build, the preview shows whatever could be composed.
     SkinFileSet composed;
     std::wstring message;
-    if (!composeSkinFiles(composed, message)) messages.push_back(message);
+    if (!composeSkinFiles(composed, message)) messages.warnings.push_back(message);
     return loadSkinModel(composed, model, &messages);
 }
 

@@ -32,16 +32,16 @@ public:
     std::wstring sourceLabel;
     std::string addressFile;
     std::string localeFile;
-    std::wstring serverAddress;
-    std::wstring newsAddress;
+    std::wstring configUrl;
+    std::wstring iframeUrl;
     std::wstring feedUrl;
     std::vector<ButtonLink> buttonLinks;
     PatcherSettings settings;
     bool hasFeed = false;
 
     // The values as imported, against which edits are compared at composition.
-    std::wstring importedServerAddress;
-    std::wstring importedNewsAddress;
+    std::wstring importedConfigUrl;
+    std::wstring importedIframeUrl;
     std::wstring importedFeedUrl;
 
     // Loads a folder or a .zip as the new working skin. On success message holds the first file of a folder
@@ -55,13 +55,17 @@ public:
     void importSkinValues();
     // Sets the edited link of the button links with this id (ASCII case-insensitive); false when none has it.
     bool setButtonLink(std::string_view id, const std::wstring& link);
+    // Sets the edited link of one button (nothing for an index past the buttons).
+    void setButtonLinkAt(size_t index, const std::wstring& link);
 
     // The working set with the operator's edits applied (the working set itself never changes).
     bool composeSkinFiles(SkinFileSet& out, std::wstring& message) const;
-    // Compose, validate with the skin loader (its warnings join messages) and pack.
-    bool buildSkinPackage(Bytes& out, std::vector<std::wstring>& messages) const;
-    // Compose (carrying on past a composition failure) and load for the preview.
-    bool loadPreviewModel(SkinModel& model, std::vector<std::wstring>& messages) const;
+    // Compose, validate with the skin loader and pack. messages gets the loader's warnings and, on failure,
+    // the reason (the composition's, the loader's or the packer's).
+    bool buildSkinPackage(Bytes& out, LoadMessages& messages) const;
+    // Compose and load for the preview. Unlike a build the preview carries on past a composition failure,
+    // which then joins the warnings.
+    bool loadPreviewModel(SkinModel& model, LoadMessages& messages) const;
 };
 
 } // namespace nv

@@ -104,8 +104,6 @@ Rect Card::button(int x, int top, const std::wstring& text, int item, int sub, I
     b.font = kFontSmallBold;
     b.hasIcon = icon != Icon::Count;
     if (b.hasIcon) b.icon = icon;
-    b.disabled = ctx_.model.building && item != kItemShowInFolder && item != kItemCopyCrc &&
-                 item != kItemCopyLog && item != kItemCopySelfUpdate;
     const Rect rect = b.rect;
     ctx_.add(std::move(b));
     return rect;
@@ -181,7 +179,7 @@ void layoutSidebar(Ctx& ctx) {
     build.hasIcon = true;
     build.icon = Icon::Bolt;
     ctx.add(std::move(build));
-    if (trimmedEmpty(m.outputPath) && !m.building)
+    if (trimmedEmpty(m.recipe.outPath) && !m.building)
         ctx.text({f.s(14), buildBottom + f.s(4), f.sidebar.right - f.s(14), f.client.bottom - f.s(2)},
                  L"Çıktı yeri seçilmedi", kFontTiny, color::kMuted, Align::Center);
 }
@@ -259,7 +257,7 @@ void layoutPreviewCard(Ctx& ctx) {
     button.color = color::kAccent;
     button.hasIcon = true;
     button.icon = Icon::Play;
-    button.disabled = !m.skinLoaded || m.building;
+    button.disabled = !m.skinLoaded;
     ctx.add(std::move(button));
     card.finishAt(f.right.bottom); // the card fills the column whatever its content
 }
@@ -358,9 +356,17 @@ Rect editRect(const Rect& row, int textHeight, int dpi) {
     return {left, top, left + row.width() - scaleLength(24, dpi), top + height};
 }
 
+bool blockHit(const Block& block, int x, int y) {
+    if (block.item == kItemNone || block.disabled) return false;
+    switch (block.kind) {
+    default:
+        return block.rect.contains(x, y);
+    }
+}
+
 Hit hitTest(const WindowLayout& layout, int x, int y) {
     for (auto it = layout.blocks.rbegin(); it != layout.blocks.rend(); ++it)
-        if (it->item != kItemNone && !it->disabled && it->rect.contains(x, y)) return {it->item, it->sub};
+        if (blockHit(*it, x, y)) return {it->item, it->sub};
     return {};
 }
 

@@ -4,6 +4,7 @@
 // Windows painter draws one by one and that the mouse is hit-tested against, so the arithmetic lives here,
 // apart from any drawing, and is tested natively.
 
+#include "recipe/recipe.h"
 #include "ui/icons.h"
 #include "ui/readiness.h"
 #include "ui/sections.h"
@@ -86,18 +87,13 @@ struct PageModel {
     int linkPage = 0;
     std::wstring configOrigin, newsOrigin, feedOrigin; // "skin.xml'den", "dil dosyasından" or empty
 
-    int connections = 4;
-    std::array<bool, 4> toggles{}; // close on start, auto start, allow start on error, browser emulation
-    bool signing = false;
-    bool signtoolFound = false;
-    std::wstring signtoolPath;
-
-    std::wstring iconPath;
+    // The operator's decisions: connections, switches, signing (with the signtool found, empty when none),
+    // the icon's picture and the output place.
+    Recipe recipe;
     bool iconPreview = false; // decoded pixels of the icon are at hand
 
     bool building = false;
     BuildPageState buildState = BuildPageState::NoSkin;
-    std::wstring outputPath; // field 1110
     std::wstring lastMessage;
     bool hasResult = false; // a successful build's numbers
     uint32_t crc = 0;
@@ -178,7 +174,11 @@ std::vector<std::pair<int, Rect>> fieldRows(const WindowLayout& layout);
 // its font's text plus 2, centred vertically.
 Rect editRect(const Rect& row, int textHeight, int dpi);
 
-// The topmost clickable block under the point (disabled blocks are not clickable).
+// Whether a block takes the pointer at a point: each kind says where it can be clicked (today every kind over
+// its rectangle). Blocks without an item and disabled ones take no clicks.
+bool blockHit(const Block& block, int x, int y);
+
+// The topmost clickable block under the point.
 struct Hit {
     int item = kItemNone;
     int sub = 0;

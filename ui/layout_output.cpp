@@ -28,7 +28,8 @@ void layoutKimlik(Ctx& ctx) {
     preview.field = 1; // the icon tile: draws the chosen icon's pixels when there are any
     ctx.add(std::move(preview));
 
-    const bool hasIcon = !m.iconPath.empty();
+    const std::wstring& iconFile = m.recipe.icon;
+    const bool hasIcon = !iconFile.empty();
     const std::wstring choose = L"Simge seç";
     int buttonsLeft = icon.right() - buttonWidth(ctx, choose, true);
     if (hasIcon) buttonsLeft -= sp.button + ctx.s(8);
@@ -41,7 +42,6 @@ void layoutKimlik(Ctx& ctx) {
                      .item = kItemRemoveIcon};
         remove.hasIcon = true;
         remove.icon = Icon::Trash;
-        remove.disabled = m.building;
         ctx.add(std::move(remove));
     }
     const int textLeft = icon.left() + tile + ctx.s(14);
@@ -50,10 +50,10 @@ void layoutKimlik(Ctx& ctx) {
     const int lineHeight = ctx.line(kFontTiny);
     const int textTop = rowTop + (tile - nameHeight - lineHeight - ctx.s(2)) / 2;
     ctx.text({textLeft, textTop, textRight, textTop + nameHeight},
-             hasIcon ? pathFileName(m.iconPath) : L"Varsayılan simge", kFontBodyBold, color::kText);
+             hasIcon ? pathFileName(iconFile) : L"Varsayılan simge", kFontBodyBold, color::kText);
     ctx.text(
         {textLeft, textTop + nameHeight + ctx.s(2), textRight, textTop + nameHeight + ctx.s(2) + lineHeight},
-        hasIcon ? pathParent(m.iconPath) : L"Şablonun simgesi kullanılacak", kFontTiny, color::kMuted);
+        hasIcon ? pathParent(iconFile) : L"Şablonun simgesi kullanılacak", kFontTiny, color::kMuted);
     icon.y = rowTop + tile + ctx.s(10);
     icon.note(L".ico önerilir; PNG/JPG otomatik çok boyutlu simgeye çevrilir.", kFontTiny, color::kMuted);
     const int iconBottom = icon.finish();
@@ -89,7 +89,6 @@ void layoutCikti(Ctx& ctx) {
                  .item = kItemChooseOutput};
     picker.hasIcon = true;
     picker.icon = Icon::FolderOpen;
-    picker.disabled = m.building;
     ctx.add(std::move(picker));
     output.gap(sp.hintGap);
     output.note(path->hint, kFontTiny, color::kMuted);
@@ -105,10 +104,10 @@ void layoutCikti(Ctx& ctx) {
                  .rect = {sign.left(), sign.y, sign.right(), sign.y + toggleHeight},
                  .item = kItemToggleSigning};
     toggle.text = L"Exe'yi imzala";
-    toggle.text2 = m.signtoolFound ? L"signtool: " + m.signtoolPath
-                                   : L"signtool.exe bulunamadı — imza için Windows SDK gerekir.";
-    toggle.on = m.signing;
-    toggle.disabled = m.building;
+    const std::wstring& signtool = m.recipe.signing.signtoolPath;
+    toggle.text2 = !signtool.empty() ? L"signtool: " + signtool
+                                     : L"signtool.exe bulunamadı — imza için Windows SDK gerekir.";
+    toggle.on = m.recipe.signing.enabled;
     ctx.add(std::move(toggle));
     sign.gap(toggleHeight + sp.fieldGap);
 
@@ -124,10 +123,10 @@ void layoutCikti(Ctx& ctx) {
         sign.field(id, spec->label, L"", spec->hint);
     }
     sign.finish();
-    // Signing fields look switched off while signing is off.
+    // Signing fields look as their edit controls are: switched off while signing is off or a build runs.
     for (Block& block : ctx.out.blocks)
         if (block.kind == BlockKind::FieldBox && isSigningField(block.field))
-            block.disabled = !m.signing || m.building;
+            block.disabled = !m.recipe.signing.enabled || m.building;
 }
 
 void layoutDerleme(Ctx& ctx) {
@@ -150,8 +149,8 @@ void layoutDerleme(Ctx& ctx) {
     case BuildPageState::Ready:
         title = L"Derlemeye hazır";
         pill = L"Hazır";
-        line = trimmedEmpty(m.outputPath) ? L"Çıktı yeri Çıktı ve İmza bölümünden seçilir."
-                                          : L"Hedef: " + m.outputPath;
+        line = trimmedEmpty(m.recipe.outPath) ? L"Çıktı yeri Çıktı ve İmza bölümünden seçilir."
+                                              : L"Hedef: " + m.recipe.outPath;
         break;
     case BuildPageState::Building:
         title = L"Patcher oluşturuluyor…";
@@ -162,7 +161,7 @@ void layoutDerleme(Ctx& ctx) {
     case BuildPageState::Done:
         title = L"Patcher hazır";
         pill = L"Tamamlandı";
-        line = L"Hedef: " + m.outputPath;
+        line = L"Hedef: " + m.recipe.outPath;
         line2 = L"Exe'yi oyun klasörüne koyup oyunculara dağıtın.";
         cta = L"Yeniden oluştur";
         icon = Icon::Check;
@@ -209,6 +208,7 @@ void layoutDerleme(Ctx& ctx) {
                  .item = kItemBuildPage};
     button.text = cta;
     button.font = kFontBodyBold;
+    // While the build runs the button shows it and takes no second click.
     button.disabled = m.building;
     button.on = m.building;
     ctx.add(std::move(button));

@@ -1,5 +1,6 @@
 // Layout of the first three sections: Kaynak, Bağlantılar, Davranış.
 
+#include "recipe/recipe_keys.h"
 #include "ui/layout_cards.h"
 
 #include <algorithm>
@@ -7,11 +8,10 @@
 namespace nv::ui::detail {
 namespace {
 
-Block iconButton(const Ctx& ctx, Rect rect, Icon icon, int item, int sub = 0) {
+Block iconButton(Rect rect, Icon icon, int item, int sub = 0) {
     Block b{.kind = BlockKind::IconButton, .rect = rect, .item = item, .sub = sub};
     b.hasIcon = true;
     b.icon = icon;
-    b.disabled = ctx.model.building;
     return b;
 }
 
@@ -168,11 +168,10 @@ void layoutBaglantilar(Ctx& ctx) {
         const int textWidth = ctx.textWidth(pageText, kFontTiny) + ctx.s(12);
         const int nextLeft = links.right() - b;
         const int textLeft = nextLeft - textWidth;
-        Block prev =
-            iconButton(ctx, {textLeft - b, top, textLeft, top + b}, Icon::ChevronLeft, kItemLinkPagePrev);
+        Block prev = iconButton({textLeft - b, top, textLeft, top + b}, Icon::ChevronLeft, kItemLinkPagePrev);
         prev.disabled = page == 0;
         Block next =
-            iconButton(ctx, {nextLeft, top, nextLeft + b, top + b}, Icon::ChevronRight, kItemLinkPageNext);
+            iconButton({nextLeft, top, nextLeft + b, top + b}, Icon::ChevronRight, kItemLinkPageNext);
         next.disabled = page + 1 >= pages;
         ctx.add(std::move(prev));
         ctx.add(std::move(next));
@@ -230,8 +229,7 @@ void layoutDavranis(Ctx& ctx) {
                    .item = kItemConnectionChip,
                    .sub = n};
         chip.text = std::to_wstring(n);
-        chip.on = m.connections == n;
-        chip.disabled = m.building;
+        chip.on = m.recipe.settings.connections == n;
         ctx.add(std::move(chip));
     }
     download.gap(sp.box + sp.hintGap);
@@ -241,7 +239,7 @@ void layoutDavranis(Ctx& ctx) {
     label(download, L"Büyük dosya parça boyutu");
     const int rowTop = download.y;
     const int b = sp.box;
-    ctx.add(iconButton(ctx, {download.left(), rowTop, download.left() + b, rowTop + b}, Icon::Minus,
+    ctx.add(iconButton({download.left(), rowTop, download.left() + b, rowTop + b}, Icon::Minus,
                        kItemSegmentMinus));
     const int boxLeft = download.left() + b + ctx.s(6);
     const int boxRight = boxLeft + ctx.s(64);
@@ -250,7 +248,7 @@ void layoutDavranis(Ctx& ctx) {
     box.on = m.focusField == kFieldSegment;
     ctx.add(std::move(box));
     const int plusLeft = boxRight + ctx.s(6);
-    ctx.add(iconButton(ctx, {plusLeft, rowTop, plusLeft + b, rowTop + b}, Icon::Plus, kItemSegmentPlus));
+    ctx.add(iconButton({plusLeft, rowTop, plusLeft + b, rowTop + b}, Icon::Plus, kItemSegmentPlus));
     const std::wstring unit = L"MB  •  Dosyalar bu boyutta parçalara bölünerek indirilir.";
     const int textLeft = plusLeft + b + ctx.s(10);
     const int textHeight = ctx.measure.wrappedHeight(unit, kFontSmall, download.right() - textLeft);
@@ -265,21 +263,14 @@ void layoutDavranis(Ctx& ctx) {
     launch.title(L"Başlatma");
     launch.note(L"Güncelleme bittikten sonra oyunun nasıl açılacağı.");
     launch.gap(sp.noteGap - ctx.s(4));
-    static const wchar_t* const toggles[4][2] = {
-        {L"Oyun açılınca patcher kapansın", L"Başla'ya basınca patcher penceresi kapanır."},
-        {L"Güncelleme bitince oyunu otomatik başlat", L"Oyuncunun Başla'ya basmasına gerek kalmaz."},
-        {L"Güncelleme başarısızsa da Başla açık kalsın", L"Sunucuya ulaşılamazsa oyuncu yine de girebilir."},
-        {L"Haber sayfası IE11 kipinde açılsın", L"Modern sitelerin gömülü tarayıcıda düzgün görünmesi için."},
-    };
     const int toggleHeight = ctx.line(kFontBodyBold) + ctx.line(kFontTiny) + ctx.s(ctx.compact() ? 8 : 14);
-    for (int i = 0; i < 4; ++i) {
+    for (const ToggleSpec& spec : behaviourToggles()) {
         Block toggle{.kind = BlockKind::Toggle,
                      .rect = {launch.left(), launch.y, launch.right(), launch.y + toggleHeight},
-                     .item = kItemToggleCloseOnStart + i};
-        toggle.text = toggles[i][0];
-        toggle.text2 = toggles[i][1];
-        toggle.on = m.toggles[static_cast<size_t>(i)];
-        toggle.disabled = m.building;
+                     .item = spec.item};
+        toggle.text = spec.title;
+        toggle.text2 = spec.line;
+        toggle.on = keyOn(*findKey(spec.key), m.recipe);
         ctx.add(std::move(toggle));
         launch.gap(toggleHeight);
     }

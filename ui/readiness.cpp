@@ -2,7 +2,6 @@
 
 #include "core/paths.h"
 #include "core/text.h"
-#include "core/values.h"
 
 #include <algorithm>
 #include <cwchar>
@@ -84,12 +83,6 @@ std::wstring crcText(uint32_t crc) {
     wchar_t buffer[16];
     std::swprintf(buffer, 16, L"%08X", static_cast<unsigned>(crc));
     return buffer;
-}
-
-int stepSegment(std::wstring_view fieldText, int delta) {
-    const int value = parseInt(wideToUtf8(trim(fieldText)), 4);
-    const long long next = static_cast<long long>(value) + delta;
-    return static_cast<int>(std::clamp<long long>(next, 1, 64));
 }
 
 ChipLook chipLook(int chip, int currentCount, bool hovered) {

@@ -1,6 +1,6 @@
 #pragma once
 // What the Derleme page says about the session: the readiness checklist, the page's state, the result texts,
-// and the small rules of the segment stepper and the connection chips.
+// and how a connection chip looks.
 
 #include "ui/style.h"
 
@@ -46,10 +46,6 @@ std::wstring durationText(uint32_t milliseconds);
 // "%08X".
 std::wstring crcText(uint32_t crc);
 
-// The segment stepper: the trimmed field text as a decimal integer (4 when it is not one), plus delta, kept
-// to 1 ... 64.
-int stepSegment(std::wstring_view fieldText, int delta);
-
 // How one connection chip looks: the current count's chip stands out; a hovered one is tinted.
 struct ChipLook {
     Rgb fill;
@@ -58,7 +54,5 @@ struct ChipLook {
     Rgb text;
 };
 ChipLook chipLook(int chip, int currentCount, bool hovered);
-constexpr int kMinConnections = 1;
-constexpr int kMaxConnections = 8;
 
 } // namespace nv::ui

@@ -1,5 +1,7 @@
 #include "ui/sections.h"
 
+#include "packager/signing.h"
+
 namespace nv::ui {
 
 const SectionInfo& sectionInfo(int section) {
@@ -23,32 +25,30 @@ const std::vector<FieldSpec>& fixedFields() {
     static const std::vector<FieldSpec> fields = {
         {kFieldConfigUrl, kBaglantilar, L"Yama yapılandırma adresi (config)",
          L"Patcher dosya listesini ve duyuruları bu adresten okur.", L"https://…/kaldratorrent.config.xml",
-         L"", kStylePlain, true, "config_url"},
+         kStylePlain, true},
         {kFieldNewsUrl, kBaglantilar, L"Haber sayfası",
-         L"Patcher içindeki haber/duyuru alanında açılan sayfa.", L"https://…/launcher/haberler", L"",
-         kStylePlain, true, "iframe_url"},
+         L"Patcher içindeki haber/duyuru alanında açılan sayfa.", L"https://…/launcher/haberler", kStylePlain,
+         true},
         {kFieldFeedUrl, kBaglantilar, L"Duyuru ve online adresi",
-         L"Duyuru başlıkları ve online sayısı bu adresten okunur.", L"https://…/patcher/feed", L"",
-         kStylePlain, true, "feed_url"},
+         L"Duyuru başlıkları ve online sayısı bu adresten okunur.", L"https://…/patcher/feed", kStylePlain,
+         true},
         {kFieldTitle, kBaglantilar, L"Pencere başlığı (görev çubuğunda görünür)", L"", L"Örn: Sunucu Adı",
-         L"", kStylePlain, false, "title"},
-        {kFieldSegment, kDavranis, L"", L"", L"", L"4", kStyleNumberCentered, false, "seg"},
+         kStylePlain, false},
+        {kFieldSegment, kDavranis, L"", L"", L"", kStyleNumberCentered, false},
         {kFieldRunArgs, kDavranis, L"Oyuna verilecek ek argümanlar (isteğe bağlı)", L"", L"Örn: --lang tr",
-         L"", kStylePlain, true, "run_args"},
-        {kFieldOutName, kKimlik, L"Çıktı dosya adı", L"", L"Kaldra.exe", L"Kaldra.exe", kStylePlain, false,
-         "out_name"},
-        {kFieldProduct, kKimlik, L"Ürün adı", L"", L"Ürün adı", L"", kStylePlain, false, "v_product"},
-        {kFieldCompany, kKimlik, L"Şirket", L"", L"Şirket adı", L"", kStylePlain, false, "v_company"},
-        {kFieldVersion, kKimlik, L"Sürüm", L"", L"1.0.0.0", L"1.0.0.0", kStylePlain, true, "v_version"},
-        {kFieldCopyright, kKimlik, L"Telif hakkı", L"", L"© 2026 …", L"", kStylePlain, false, "v_copyright"},
+         kStylePlain, true},
+        {kFieldOutName, kKimlik, L"Çıktı dosya adı", L"", L"Kaldra.exe", kStylePlain, false},
+        {kFieldProduct, kKimlik, L"Ürün adı", L"", L"Ürün adı", kStylePlain, false},
+        {kFieldCompany, kKimlik, L"Şirket", L"", L"Şirket adı", kStylePlain, false},
+        {kFieldVersion, kKimlik, L"Sürüm", L"", L"1.0.0.0", kStylePlain, true},
+        {kFieldCopyright, kKimlik, L"Telif hakkı", L"", L"© 2026 …", kStylePlain, false},
         {kFieldOutPath, kCikti, L"Kaydedilecek yer",
-         L"Patcher oyun klasörünün köküne (client klasörü) konmalıdır.", L"C:\\…\\Kaldra.exe", L"",
-         kStylePlain, false, "out_path"},
-        {kFieldPfx, kCikti, L"Sertifika (.pfx)", L"", L"sertifika.pfx", L"", kStylePlain, false, "sign_pfx"},
-        {kFieldPassword, kCikti, L"Parola", L"Kaydedilmez; yalnızca bu oturumda kullanılır.", L"", L"",
-         kStylePassword, false, ""},
-        {kFieldTimestamp, kCikti, L"Zaman damgası sunucusu", L"", kDefaultTimestampUrl, kDefaultTimestampUrl,
-         kStylePlain, true, "sign_ts"},
+         L"Patcher oyun klasörünün köküne (client klasörü) konmalıdır.", L"C:\\…\\Kaldra.exe", kStylePlain,
+         false},
+        {kFieldPfx, kCikti, L"Sertifika (.pfx)", L"", L"sertifika.pfx", kStylePlain, false},
+        {kFieldPassword, kCikti, L"Parola", L"Kaydedilmez; yalnızca bu oturumda kullanılır.", L"",
+         kStylePassword, false},
+        {kFieldTimestamp, kCikti, L"Zaman damgası sunucusu", L"", kDefaultTimestampServer, kStylePlain, true},
     };
     return fields;
 }
@@ -56,6 +56,26 @@ const std::vector<FieldSpec>& fixedFields() {
 const FieldSpec* findField(int id) {
     for (const FieldSpec& field : fixedFields())
         if (field.id == id) return &field;
+    return nullptr;
+}
+
+std::span<const ToggleSpec> behaviourToggles() {
+    static constexpr ToggleSpec toggles[] = {
+        {kItemToggleCloseOnStart, "close_on_start", L"Oyun açılınca patcher kapansın",
+         L"Başla'ya basınca patcher penceresi kapanır."},
+        {kItemToggleAutoStart, "auto_start", L"Güncelleme bitince oyunu otomatik başlat",
+         L"Oyuncunun Başla'ya basmasına gerek kalmaz."},
+        {kItemToggleAllowError, "allow_error", L"Güncelleme başarısızsa da Başla açık kalsın",
+         L"Sunucuya ulaşılamazsa oyuncu yine de girebilir."},
+        {kItemToggleBrowserEmu, "browser_emu", L"Haber sayfası IE11 kipinde açılsın",
+         L"Modern sitelerin gömülü tarayıcıda düzgün görünmesi için."},
+    };
+    return toggles;
+}
+
+const ToggleSpec* findToggle(int item) {
+    for (const ToggleSpec& toggle : behaviourToggles())
+        if (toggle.item == item) return &toggle;
     return nullptr;
 }
 

@@ -2,7 +2,9 @@
 // The builder's six sections, its edit fields and the numbers of its clickable items.
 
 #include <cstdint>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace nv::ui {
@@ -55,23 +57,22 @@ constexpr bool refreshesPreview(int id) {
 
 enum FieldStyle : uint32_t { kStylePlain = 0, kStyleNumberCentered = 1, kStylePassword = 2 };
 
+// How a field looks and where it sits; what it holds is its recipe key's (recipe/recipe_keys.h names the
+// field of each key), and so is its first text.
 struct FieldSpec {
     int id;
     int section;
     const wchar_t* label;
     const wchar_t* hint;        // may be empty
     const wchar_t* placeholder; // may be empty
-    const wchar_t* defaultText;
-    uint32_t style; // FieldStyle
+    uint32_t style;             // FieldStyle
     bool mono;
-    const char* sessionKey; // empty: never saved
 };
 
 // The fixed fields (not the per-button link fields), in the order they are created (the tab order).
 const std::vector<FieldSpec>& fixedFields();
 const FieldSpec* findField(int id);
 
-constexpr const wchar_t* kDefaultTimestampUrl = L"http://timestamp.digicert.com";
 constexpr int kFieldTextLimit = 1024;
 
 // Clickable items; the sub-item carries a section, chip or page number where one is needed.
@@ -103,5 +104,15 @@ enum Item : int {
     kItemCopyLog = 24,
     kItemCopySelfUpdate = 25,
 };
+
+// The Davranış page's switches: the item that flips each, the recipe key it flips, its title and its line.
+struct ToggleSpec {
+    int item;
+    std::string_view key;
+    const wchar_t* title;
+    const wchar_t* line;
+};
+std::span<const ToggleSpec> behaviourToggles();
+const ToggleSpec* findToggle(int item);
 
 } // namespace nv::ui

@@ -2,6 +2,7 @@
 
 #include "core/crc32.h"
 #include "core/text.h"
+#include "skin/settings.h"
 #include "update/bookkeeping.h"
 #include "update/checked_sink.h"
 #include "update/chunk_index.h"
@@ -725,7 +726,7 @@ void Run::prepareDeltas(const std::map<std::string, IndexRef>& indexes) {
     // Without an old copy there is nothing to keep: the files come whole, and no index is fetched.
     if (candidates.empty() || sources.empty()) return;
     log_.line("Fark guncellemesi: " + std::to_string(candidates.size()) + " dosyanin parca dizini aliniyor");
-    const int connections = std::clamp(request_.connections, 1, 8);
+    const int connections = std::clamp(request_.connections, kMinConnections, kMaxConnections);
     inParallel(candidates.size(), connections, [&](size_t i) {
         FileJob& job = *candidates[i];
         job.index = fetchIndex(job, indexes.at(job.path));
@@ -898,7 +899,7 @@ void Run::push(Task task, bool front) {
 void Run::download(const std::vector<const ListEntry*>& toFetch, const std::string& base,
                    const std::map<std::string, IndexRef>& indexes) {
     base_ = base;
-    segmentBytes_ = uint64_t(std::clamp(request_.segmentMb, 1, 64)) << 20;
+    segmentBytes_ = uint64_t(std::clamp(request_.segmentMb, kMinSegmentMb, kMaxSegmentMb)) << 20;
     for (const ListEntry* entry : toFetch)
         jobs_.push_back(makeJob(*entry));
     prepareDeltas(indexes);
@@ -923,7 +924,7 @@ void Run::download(const std::vector<const ListEntry*>& toFetch, const std::stri
             push({job.get(), -1});
         }
     }
-    const int connections = std::clamp(request_.connections, 1, 8);
+    const int connections = std::clamp(request_.connections, kMinConnections, kMaxConnections);
     std::vector<std::thread> workers;
     for (int i = 0; i < connections; ++i)
         workers.emplace_back([this] { worker(); });

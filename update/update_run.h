@@ -22,7 +22,7 @@ struct UpdateRequest {
     std::string configUrl; // the address file's remoteConfigPath
     std::string
         localConfigName; // the address file's localConfigPath: the fetched configuration is kept there
-    int connections = 4; // parallel transfers, 1..8
+    int connections = 4; // parallel transfers, kMinConnections..kMaxConnections
     int segmentMb = 4;   // the range size of large files, in MiB
     bool repair = false; // read every file again, whatever the state file says
     // The patcher's own file in the game folder ("Kaldra.exe") and its CRC-32: it is updated by the

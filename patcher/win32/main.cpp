@@ -8,6 +8,7 @@
 #include "patcher/win32/headless.h"
 #include "patcher/win32/patcher_window.h"
 #include "renderer/png_writer.h"
+#include "renderer/preview.h"
 #include "renderer/scene.h"
 #include "skin/locale.h"
 #include "skin/skin_import.h"
@@ -73,9 +74,9 @@ bool loadOwnSkin(PatcherScene& scene, UpdateSource& source, std::wstring& messag
         return false;
     }
     SkinModel model;
-    std::vector<std::wstring> warnings;
-    if (!loadSkinModel(files, model, &warnings)) {
-        message = noSkin + L"\n" + (warnings.empty() ? std::wstring() : warnings.front());
+    LoadMessages messages;
+    if (!loadSkinModel(files, model, &messages)) {
+        message = noSkin + L"\n" + messages.error;
         return false;
     }
     scene = buildScene(model, model.settings);
@@ -89,9 +90,10 @@ bool loadOwnSkin(PatcherScene& scene, UpdateSource& source, std::wstring& messag
 }
 
 int snapshot(const PatcherScene& scene, const PatcherOptions& options) {
-    std::vector<uint32_t> pixels(size_t(scene.width) * size_t(scene.height));
-    renderScene(scene, startStates(scene, options.preview), /*drawNews=*/true, pixels.data());
-    const Bytes png = encodePng(pixels.data(), scene.width, scene.height);
+    PreviewPicture picture;
+    if (!drawPicture(scene, startStates(scene, options.preview), /*drawNews=*/true, picture))
+        return kExitFailed;
+    const Bytes png = encodePng(picture.pixels.data(), picture.width, picture.height);
     if (!writeFileAtomic(options.snapPath, png))
         return fail(options,
                     L"PNG yazılamadı: " + options.snapPath + L"\n" + systemErrorText(lastSystemError()));

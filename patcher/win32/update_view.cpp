@@ -267,7 +267,7 @@ void UpdateView::failed(const update::Failure& failure, const std::wstring& logP
     UpdateDisplay display;
     display.main = update::failureText(failure, scene_.strings);
     show(display, states);
-    if (scene_.settings.allowStartOnError)
+    if (scene_.settings.allowError)
         for (size_t i = 0; i < scene_.controls.size() && i < states.size(); ++i)
             if (scene_.controls[i].enableOnComplete) states[i].enabled = true;
     host_.statesChanged();

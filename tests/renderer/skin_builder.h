@@ -42,8 +42,8 @@ struct TestSkin {
 
     PatcherScene scene() const {
         SkinModel model;
-        std::vector<std::wstring> warnings;
-        EXPECT_TRUE(loadSkinModel(files, model, &warnings));
+        LoadMessages messages;
+        EXPECT_TRUE(loadSkinModel(files, model, &messages));
         return buildScene(model, model.settings);
     }
 };

@@ -92,9 +92,10 @@ TEST(SkinLint, EachMistakeGivesOneFindingWithItsPlaceOnASkinTheLoaderCallsSound)
     for (const Case& c : cases) {
         SkinFileSet set = skinWith(c.controls, c.extra);
         SkinModel model;
-        std::vector<std::wstring> warnings;
-        ASSERT_TRUE(loadSkinModel(set, model, &warnings)) << c.place;
-        EXPECT_TRUE(warnings.empty()) << c.place << ": the loader itself should call this skin sound";
+        LoadMessages messages;
+        ASSERT_TRUE(loadSkinModel(set, model, &messages)) << c.place;
+        EXPECT_TRUE(messages.warnings.empty())
+            << c.place << ": the loader itself should call this skin sound";
 
         const LintReport report = lintSkin(set);
         EXPECT_TRUE(report.loaded) << c.place;

@@ -24,11 +24,15 @@ struct Loaded {
     bool ok = false;
     SkinModel model;
     std::vector<std::wstring> warnings;
+    std::wstring error;
 };
 
 Loaded load(const SkinFileSet& set) {
     Loaded r;
-    r.ok = loadSkinModel(set, r.model, &r.warnings);
+    LoadMessages messages;
+    r.ok = loadSkinModel(set, r.model, &messages);
+    r.warnings = std::move(messages.warnings);
+    r.error = std::move(messages.error);
     return r;
 }
 
@@ -40,14 +44,14 @@ std::string narrow(const std::vector<std::wstring>& lines) {
 }
 
 // A skin without its address file or its background, or with a skin.xml that does not parse, is the command
-// line's end-to-end case.
-TEST(SkinModel, FatalProblemsFailWithOneWarningEach) {
+// line's end-to-end case. The reason is the load's error, whatever warnings came before it.
+TEST(SkinModel, FatalProblemsFailWithTheirReason) {
     auto put = [](const char* name, std::string_view text) {
         return [=](SkinFileSet& s) { s.putFile(name, test::bytesOf(text)); };
     };
     struct Case {
         std::function<void(SkinFileSet&)> change;
-        std::wstring warning;
+        std::wstring error;
     } cases[] = {
         {put("fernwick.url.xml", "<urls"), L"fernwick.url.xml okunamadı: Etiket kapanmadi (satir 1)"},
         {[](SkinFileSet& s) { s.entries.pop_back(); }, L"Düzenleme mevcut değil. (skin.xml yok)"},
@@ -59,13 +63,19 @@ TEST(SkinModel, FatalProblemsFailWithOneWarningEach) {
              put("skin.xml", "<skin background_image=\"x\"/>")(s);
          },
          L"Yok! (arka plan görseli yok: x)"},
+        // A warning found before the reason stays a warning.
+        {[&](SkinFileSet& s) {
+             put("fernwick.locale.xml", "<torrent_locale")(s);
+             put("skin.xml", "<skin background_image=\"x\"/>")(s);
+         },
+         L"Düzenleme mevcut değil. (arka plan görseli yok: x)"},
     };
     for (const Case& c : cases) {
         SkinFileSet set = skinWith("<skin/>");
         c.change(set);
         Loaded r = load(set);
         EXPECT_FALSE(r.ok);
-        EXPECT_EQ(r.warnings, std::vector<std::wstring>{c.warning}) << narrow(r.warnings);
+        EXPECT_EQ(r.error, c.error) << narrow(r.warnings);
     }
 }
 

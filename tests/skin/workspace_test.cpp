@@ -82,8 +82,8 @@ std::string replaced(std::string text, std::string_view from, std::string_view t
 
 TEST(SkinWorkspace, ImportFillsTheEditableValues) {
     SkinWorkspace ws = loadedWorkspace();
-    EXPECT_EQ(ws.serverAddress, L"https://old.example/cfg.xml");
-    EXPECT_EQ(ws.newsAddress, L"https://old.example/news") << "under a key in another case";
+    EXPECT_EQ(ws.configUrl, L"https://old.example/cfg.xml");
+    EXPECT_EQ(ws.iframeUrl, L"https://old.example/news") << "under a key in another case";
     EXPECT_EQ(ws.settings.title, L"Kaldra");
 
     ASSERT_EQ(ws.buttonLinks.size(), 4u) << "buttons only; the iframe is the news frame";
@@ -99,8 +99,8 @@ TEST(SkinWorkspace, ImportFillsTheEditableValues) {
 
 TEST(SkinWorkspace, EditsChangeOnlyTheValuesConcerned) {
     SkinWorkspace ws = loadedWorkspace();
-    ws.serverAddress = L"https://new.example/cfg?a=1&b=\"2\"";
-    ws.newsAddress = L"https://new.example/news";
+    ws.configUrl = L"https://new.example/cfg?a=1&b=\"2\"";
+    ws.iframeUrl = L"https://new.example/news";
     ws.feedUrl = L"https://new.example/feed";
     ASSERT_TRUE(ws.setButtonLink("url_site", L"https://site.example/?x=1&y=\"2\""));
     ASSERT_TRUE(ws.setButtonLink("URL_SUPPORT", L"https://new.example/help"));
@@ -139,16 +139,16 @@ TEST(SkinWorkspace, ThePreviewCarriesTheEdits) {
     SkinWorkspace ws = loadedWorkspace();
     ws.setButtonLink("URL_SITE", L"https://edited.example/");
     ws.settings.title = L"Yeni Ba\u015Fl\u0131k";
-    std::vector<std::wstring> messages;
+    LoadMessages messages;
     SkinModel model;
     ASSERT_TRUE(ws.loadPreviewModel(model, messages));
     EXPECT_EQ(model.settings.title, L"Yeni Ba\u015Fl\u0131k");
     ASSERT_EQ(model.controls.size(), 6u);
     EXPECT_EQ(model.controls[1].link, L"https://edited.example/");
 
-    EXPECT_TRUE(messages.empty());
+    EXPECT_TRUE(messages.lines().empty());
     EXPECT_FALSE(SkinWorkspace().loadPreviewModel(model, messages));
-    EXPECT_EQ(messages, std::vector<std::wstring>{L"Önce bir skin yükleyin."});
+    EXPECT_EQ(messages.error, L"Önce bir skin yükleyin.");
 }
 
 // A folder, a .zip in any case and a folder without skin.xml are the command line's end-to-end cases (pack).
@@ -195,11 +195,11 @@ TEST(SkinWorkspace, DroppedFilesJoinTheWorkingSet) {
     EXPECT_EQ(note, L"Desteklenmeyen dosya: notes.md");
     EXPECT_TRUE(ws.loaded);
     EXPECT_EQ(ws.sourceLabel, L"(bırakılan dosyalar)");
-    EXPECT_EQ(ws.serverAddress, L"https://old.example/cfg.xml");
+    EXPECT_EQ(ws.configUrl, L"https://old.example/cfg.xml");
 
     // The dropped button picture replaced the skin's own.
     SkinModel model;
-    std::vector<std::wstring> messages;
+    LoadMessages messages;
     ASSERT_TRUE(ws.loadPreviewModel(model, messages));
     EXPECT_EQ(model.controls[0].width, 33);
 

@@ -52,10 +52,10 @@ PageModel loadedModel(int section) {
     m.buildState = BuildPageState::Done;
     m.hasResult = true;
     m.crc = 0x9C41A07E;
-    m.outputPath = L"C:\\Oyunlar\\Kaldra\\Kaldra.exe";
+    m.recipe.outPath = L"C:\\Oyunlar\\Kaldra\\Kaldra.exe";
     m.readiness = readinessRows({});
     m.preview = PreviewState::Waiting;
-    m.iconPath = L"C:\\icons\\kaldra.png";
+    m.recipe.icon = L"C:\\icons\\kaldra.png";
     return m;
 }
 
@@ -114,7 +114,7 @@ TEST(Layout, SectionsFitTheirColumns) {
                 model.section = section;
                 if (loaded) model.buildState = static_cast<BuildPageState>(state);
                 model.hasResult = model.buildState == BuildPageState::Done; // a finished build's numbers
-                if (model.buildState == BuildPageState::Ready) model.outputPath.clear();
+                if (model.buildState == BuildPageState::Ready) model.recipe.outPath.clear();
                 if (model.buildState == BuildPageState::Building) model.building = true;
                 if (model.buildState == BuildPageState::Failed)
                     model.lastMessage =
@@ -205,7 +205,7 @@ TEST(Layout, LinkFieldsArePagedWithoutLosingAny) {
 TEST(Layout, HitTestingFindsItemsAndSkipsDisabledOnes) {
     const FakeMeasure measure(96);
     PageModel model = loadedModel(kDavranis);
-    model.connections = 6;
+    model.recipe.settings.connections = 6;
     const WindowLayout layout = layoutWindow(1320, 820, 96, model, measure);
     int chips = 0;
     for (const Block& b : layout.blocks) {
@@ -223,16 +223,20 @@ TEST(Layout, HitTestingFindsItemsAndSkipsDisabledOnes) {
     EXPECT_EQ(chips, 8);
     EXPECT_EQ(hitTest(layout, 5, 5).item, kItemNone);
 
-    // While building, the page's controls stop answering; the sidebar's section entries do not.
+    // While building, the build buttons take no second click; everything else goes on answering (the build
+    // works on its own copy of the decisions).
     model.building = true;
-    const WindowLayout busy = layoutWindow(1320, 820, 96, model, measure);
-    for (const Block& b : busy.blocks) {
-        const Hit hit = hitTest(busy, (b.rect.left + b.rect.right) / 2, (b.rect.top + b.rect.bottom) / 2);
-        if (b.kind == BlockKind::Chip || b.kind == BlockKind::Toggle) {
-            EXPECT_EQ(hit.item, kItemNone);
-        }
-        if (b.kind == BlockKind::NavEntry) {
-            EXPECT_EQ(hit.item, kItemSection);
+    for (int section : {kDavranis, kDerleme}) {
+        model.section = section;
+        const WindowLayout busy = layoutWindow(1320, 820, 96, model, measure);
+        for (const Block& b : busy.blocks) {
+            const Hit hit = hitTest(busy, (b.rect.left + b.rect.right) / 2, (b.rect.top + b.rect.bottom) / 2);
+            if (b.kind == BlockKind::Chip || b.kind == BlockKind::Toggle || b.kind == BlockKind::NavEntry) {
+                EXPECT_EQ(hit.item, b.item);
+            }
+            if (b.item == kItemBuildPage) {
+                EXPECT_EQ(hit.item, kItemNone);
+            }
         }
     }
 }

@@ -28,9 +28,8 @@ TEST(LivePreview, StatesWithoutAPicture) {
     EXPECT_EQ(logLine, L"Önizleme hazırlanamadı: Skin içinde Fernwick.url.xml yok.");
     EXPECT_TRUE(picture.pixels.empty());
 
-    // A window without size leaves nothing to draw and nothing to log.
-    SkinModel empty;
-    EXPECT_EQ(drawPreviewModel(empty, PatcherSettings{}, picture), PreviewOutcome::Empty);
+    // A window without size leaves nothing to draw.
+    EXPECT_FALSE(drawPicture(PatcherScene{}, {}, true, picture));
     EXPECT_TRUE(picture.pixels.empty());
     EXPECT_EQ(picture.width, 0);
 }

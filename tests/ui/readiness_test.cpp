@@ -67,16 +67,6 @@ TEST(Readiness, RowsFollowTheSession) {
     EXPECT_EQ(readinessHeader(readinessRows(in)), L"4 / 6 hazır");
 }
 
-TEST(Readiness, SegmentStepper) {
-    struct Case {
-        const wchar_t* text;
-        int delta, expected;
-    } cases[] = {{L"abc", -1, 3}, {L"abc", 1, 5}, {L"0", -1, 1},   {L"64", 1, 64},        {L" 12 ", 1, 13},
-                 {L"", 1, 5},     {L"-5", 1, 1},  {L"99", -1, 64}, {L"2147483647", 1, 64}};
-    for (const Case& c : cases)
-        EXPECT_EQ(stepSegment(c.text, c.delta), c.expected) << c.text << " " << c.delta;
-}
-
 TEST(Readiness, PageStateAndResultTexts) {
     // A start check that failed before any skin was loaded still shows as a failure.
     EXPECT_EQ(buildPageState(false, false, true, false), BuildPageState::Failed);

@@ -1,159 +1,141 @@
-// Building from the window: the checks before a build, the worker thread, its log lines and its result.
+#include "ui/win32/build_runner.h"
 
-#include "ui/win32/app.h"
-
-#include "packager/build_start.h"
 #include "core/files.h"
 #include "core/format.h"
 #include "core/paths.h"
-#include "core/text.h"
+#include "packager/build_start.h"
+#include "ui/win32/app.h"
 
-#include <process.h>
-
-#include <cwchar>
 #include <new>
 
 namespace nv::ui::win {
 namespace {
 
-// The window that receives the worker's log lines. Written on the UI thread before a worker starts.
-std::atomic<HWND> logWindow{nullptr};
-
-// Runs on the worker: each line travels to the UI thread as its own heap string.
-void postLogLine(void*, const std::wstring& line) {
-    HWND target = logWindow.load();
-    if (!target) return;
-    auto* copy = new (std::nothrow) std::wstring(line);
-    if (!copy) return;
-    if (!PostMessageW(target, kMsgLogLine, 0, reinterpret_cast<LPARAM>(copy))) delete copy;
+// Each progress line travels to the window as an object of its own, in order.
+void postFromJob(void* job, const std::wstring& line) {
+    static_cast<JobContext*>(job)->post(kMsgLogLine, line);
 }
 
-struct WorkerJob {
-    HWND window;
-    const SkinWorkspace* workspace;
-    BuildInputs inputs;
-};
-
-unsigned __stdcall buildWorker(void* argument) {
-    WorkerJob* job = static_cast<WorkerJob*>(argument);
-    auto* result = new (std::nothrow) BuildResult;
-    if (result) {
-        try {
-            *result = runBuild(*job->workspace, job->inputs, postLogLine, nullptr);
-        } catch (const std::bad_alloc&) {
-            result->ok = false;
-            result->message = L"Bellek yetersiz.";
-        }
-    }
-    if (!PostMessageW(job->window, kMsgBuildDone, 0, reinterpret_cast<LPARAM>(result))) delete result;
-    delete job;
-    return 0;
+// The synchronous build posts its lines too, so that they reach the log by the same way.
+void postToWindow(void* window, const std::wstring& line) {
+    postOwned(static_cast<HWND>(window), kMsgLogLine, std::make_unique<std::wstring>(line));
 }
 
 } // namespace
 
-void BuilderApp::startBuild() {
-    if (building()) return;
-    copyFieldsToSettings();
-    if (!skinLoaded_) {
-        setStatus(L"Önce bir skin yükleyin.", true);
-        showSection(kKaynak);
-        return;
-    }
-    lastFinished_ = false;
-    std::wstring error;
-    if (!fileExists(templatePath_)) {
-        error = L"Patcher şablonu bulunamadı: " + templatePath_ + L" — build.bat ile derleyin.";
+void BuildRunner::setBuilding(bool on) {
+    building_.exchange(on);
+    app_.fields().enable(on, app_.recipe().signing.enabled);
+    if (on) {
+        tick_ = 0;
+        SetTimer(app_.hwnd(), kBusyTimer, kBusyTimerMs, nullptr);
     } else {
-        if (fieldText(kFieldOutPath).empty()) {
-            if (!chooseOutputFile()) return; // cancelled: no message, no log line
-            copyFieldsToSettings();
-            if (fieldText(kFieldOutPath).empty()) return;
-        }
-        checkBuildStart(buildInputs(), error);
+        KillTimer(app_.hwnd(), kBusyTimer);
     }
-    if (!error.empty()) {
-        lastFinished_ = true;
-        lastSucceeded_ = false;
-        lastResult_ = BuildResult{};
-        lastResult_.message = error;
-        appendLog(error, 3);
-        setStatus(error, true);
-        showSection(kDerleme);
-        return;
-    }
-
-    saveSession();
-    logWindow.store(hwnd_);
-    const std::wstring output = fieldText(kFieldOutPath);
-    showSection(kDerleme);
-    appendLog(L"Oluşturma başladı → " + output, 1);
-    setStatus(L"Oluşturuluyor…", false);
-    buildStart_ = GetTickCount();
-    lastOutput_ = output;
-    setBuilding(true);
-    auto* job = new (std::nothrow) WorkerJob{hwnd_, &workspace_, buildInputs()};
-    const uintptr_t thread = job ? _beginthreadex(nullptr, 0, buildWorker, job, 0, nullptr) : 0;
-    if (thread == 0) {
-        delete job;
-        setBuilding(false);
-        appendLog(L"İş parçacığı başlatılamadı.", 3);
-        return;
-    }
-    worker_ = reinterpret_cast<HANDLE>(thread);
+    InvalidateRect(app_.hwnd(), nullptr, FALSE);
 }
 
-void BuilderApp::completeBuild(BuildResult* result) {
-    if (worker_) {
-        WaitForSingleObject(worker_, 2000);
-        CloseHandle(worker_);
-        worker_ = nullptr;
+void BuildRunner::start() {
+    if (building()) return;
+    if (!app_.skinLoaded()) {
+        app_.setStatus(L"Önce bir skin yükleyin.", true);
+        app_.showSection(kKaynak);
+        return;
     }
+    finished_ = false;
+    std::wstring error;
+    const std::wstring& templatePath = app_.templatePath();
+    if (!fileExists(templatePath)) {
+        error = L"Patcher şablonu bulunamadı: " + templatePath + L" — build.bat ile derleyin.";
+    } else {
+        if (app_.recipe().outPath.empty()) {
+            if (!app_.chooseOutputFile()) return; // cancelled: no message, no log line
+            if (app_.recipe().outPath.empty()) return;
+        }
+        checkBuildStart(app_.buildInputs(), error);
+    }
+    if (!error.empty()) {
+        finished_ = true;
+        succeeded_ = false;
+        lastResult_ = BuildResult{};
+        lastResult_.message = error;
+        app_.appendLog(error, 3);
+        app_.setStatus(error, true);
+        app_.showSection(kDerleme);
+        return;
+    }
+
+    app_.session().save();
+    app_.showSection(kDerleme);
+    // The job works on copies: the working skin (whose file bytes the copy shares) and the inputs.
+    SkinWorkspace workspace = app_.workingSkin();
+    BuildInputs inputs = app_.buildInputs();
+    begin(inputs.outputPath);
+    app_.setStatus(L"Oluşturuluyor…", false);
+    setBuilding(true);
+    std::wstring message;
+    const bool started = job_.start(
+        app_.hwnd(),
+        [workspace = std::move(workspace), inputs = std::move(inputs)](JobContext& job) {
+            BuildResult result = runBuild(workspace, inputs, postFromJob, &job);
+            job.post(kMsgBuildDone, std::move(result));
+        },
+        &message);
+    if (!started) {
+        setBuilding(false);
+        app_.appendLog(message, 3);
+    }
+}
+
+void BuildRunner::begin(const std::wstring& output) {
+    app_.appendLog(L"Oluşturma başladı → " + output, 1);
+    startTick_ = GetTickCount();
+    lastOutput_ = output;
+}
+
+void BuildRunner::runNow() {
+    const BuildInputs inputs = app_.buildInputs();
+    const SkinWorkspace workspace = app_.workingSkin();
+    begin(inputs.outputPath);
+    auto result = std::make_unique<BuildResult>(runBuild(workspace, inputs, postToWindow, app_.hwnd()));
+    complete(std::move(result));
+}
+
+void BuildRunner::complete(std::unique_ptr<BuildResult> result) {
+    // The job posted its result as the last thing it did; the wait only bounds its return.
+    job_.join(2000);
     // Every progress line still queued goes into the log before the outcome.
     MSG pending{};
-    while (PeekMessageW(&pending, hwnd_, kMsgLogLine, kMsgLogLine, PM_REMOVE)) {
-        auto* line = reinterpret_cast<std::wstring*>(pending.lParam);
-        if (!line) continue;
-        appendLog(*line, 0);
-        delete line;
-    }
+    while (PeekMessageW(&pending, app_.hwnd(), kMsgLogLine, kMsgLogLine, PM_REMOVE))
+        if (auto line = takePosted<std::wstring>(pending.lParam)) app_.appendLog(*line, 0);
     setBuilding(false);
-    elapsed_ = GetTickCount() - buildStart_;
-    lastFinished_ = true;
+    elapsedMs_ = GetTickCount() - startTick_;
+    finished_ = true;
+    succeeded_ = result && result->ok;
     if (result) {
         lastResult_ = *result;
-        lastSucceeded_ = result->ok;
-        const std::wstring output = lastOutput_;
         if (!result->ok) {
-            appendLog(L"Oluşturulamadı: " + result->message, 3);
-            setStatus(L"Oluşturulamadı: " + result->message, true);
+            app_.appendLog(L"Oluşturulamadı: " + result->message, 3);
+            app_.setStatus(L"Oluşturulamadı: " + result->message, true);
         } else {
-            appendLog(L"Tamamlandı → " + output, 1);
+            app_.appendLog(L"Tamamlandı → " + lastOutput_, 1);
             wchar_t line[128];
             wsprintfW(line, L"CRC32: %08X    Boyut: %s", static_cast<unsigned>(result->crc32),
                       sizeText(result->size).c_str());
-            appendLog(line, 1);
-            if (result->wasSigned) appendLog(L"Dijital imza eklendi.", 1);
-            setStatus(L"Patcher hazır: " + pathFileName(output), false);
+            app_.appendLog(line, 1);
+            if (result->wasSigned) app_.appendLog(L"Dijital imza eklendi.", 1);
+            app_.setStatus(L"Patcher hazır: " + pathFileName(lastOutput_), false);
         }
-        delete result;
-    } else {
-        lastSucceeded_ = false;
     }
-    saveSession();
-    InvalidateRect(hwnd_, nullptr, FALSE);
+    app_.session().save();
+    InvalidateRect(app_.hwnd(), nullptr, FALSE);
 }
 
-void BuilderApp::buildNow() {
-    copyFieldsToSettings();
-    const std::wstring output = fieldText(kFieldOutPath);
-    appendLog(L"Oluşturma başladı → " + output, 1);
-    buildStart_ = GetTickCount();
-    lastOutput_ = output;
-    logWindow.store(hwnd_);
-    auto* result = new (std::nothrow) BuildResult;
-    if (result) *result = runBuild(workspace_, buildInputs(), postLogLine, nullptr);
-    completeBuild(result);
+void BuildRunner::shutdown() {
+    job_.cancel();
+    job_.join();
+    dropPosted<std::wstring>(app_.hwnd(), kMsgLogLine);
+    dropPosted<BuildResult>(app_.hwnd(), kMsgBuildDone);
 }
 
 } // namespace nv::ui::win

@@ -6,6 +6,7 @@
 
 #include "core/paths.h"
 #include "core/text.h"
+#include "recipe/recipe_keys.h"
 #include "ui/readiness.h"
 
 #include <commdlg.h>
@@ -19,11 +20,11 @@ void BuilderApp::runCommand(int item, int sub) {
         break;
     case kItemBuildSidebar:
     case kItemBuildPage:
-        startBuild();
+        build_.start();
         break;
     case kItemPreviewPanel:
     case kItemPreviewResult:
-        previewPatcher();
+        preview_.openPatcher();
         break;
     case kItemChooseZip:
     case kItemChooseFolder:
@@ -40,28 +41,27 @@ void BuilderApp::runCommand(int item, int sub) {
     }
     case kItemConnectionChip:
         if (sub < kMinConnections || sub > kMaxConnections) break;
-        connections_ = sub;
-        saveSession();
+        decisions_.settings.connections = sub;
+        session_.save();
         InvalidateRect(hwnd_, nullptr, FALSE);
         break;
     case kItemSegmentMinus:
     case kItemSegmentPlus: {
-        const int size = stepSegment(fieldText(kFieldSegment), item == kItemSegmentPlus ? 1 : -1);
-        setFieldText(kFieldSegment, std::to_wstring(size));
-        workspace_.settings.segmentMb = size;
-        saveSession();
+        const RecipeKey& segment = *findKeyByField(kFieldSegment);
+        const int size =
+            clampedCount(segment, fields_.text(kFieldSegment), item == kItemSegmentPlus ? 1 : -1);
+        fields_.setText(kFieldSegment, std::to_wstring(size));
+        session_.save();
         break;
     }
     case kItemToggleCloseOnStart:
     case kItemToggleAutoStart:
     case kItemToggleAllowError:
-    case kItemToggleBrowserEmu: {
-        bool& toggle = toggles_[static_cast<size_t>(item - kItemToggleCloseOnStart)];
-        toggle = !toggle;
-        saveSession();
+    case kItemToggleBrowserEmu:
+        toggle(findToggle(item)->key);
+        session_.save();
         InvalidateRect(hwnd_, nullptr, FALSE);
         break;
-    }
     case kItemChooseIcon:
         chooseIcon();
         break;
@@ -70,14 +70,14 @@ void BuilderApp::runCommand(int item, int sub) {
         break;
     case kItemChooseOutput:
         if (chooseOutputFile()) {
-            saveSession();
+            session_.save();
             InvalidateRect(hwnd_, nullptr, FALSE);
         }
         break;
     case kItemToggleSigning:
-        signing_ = !signing_;
-        enableSigningFields();
-        saveSession();
+        toggle("sign");
+        fields_.enable(build_.building(), decisions_.signing.enabled);
+        session_.save();
         InvalidateRect(hwnd_, nullptr, FALSE);
         break;
     case kItemChooseCertificate:
@@ -96,10 +96,14 @@ void BuilderApp::runCommand(int item, int sub) {
     }
 }
 
-// The save dialog for the output executable; the chosen path goes into field 1110. False when cancelled.
+void BuilderApp::toggle(std::string_view key) {
+    bool& on = findKey(key)->flag(decisions_);
+    on = !on;
+}
+
 bool BuilderApp::chooseOutputFile() {
-    std::wstring name = trim(fieldText(kFieldOutName));
-    if (name.empty()) name = L"Kaldra.exe";
+    std::wstring name = trim(fields_.text(kFieldOutName));
+    if (name.empty()) name = kDefaultOutputName;
     std::wstring buffer(MAX_PATH * 4, L'\0');
     name = name.substr(0, buffer.size() - 1);
     std::copy(name.begin(), name.end(), buffer.begin());
@@ -114,7 +118,7 @@ bool BuilderApp::chooseOutputFile() {
     ofn.lpstrDefExt = L"exe";
     ofn.Flags = OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_NOCHANGEDIR | OFN_EXPLORER;
     if (!GetSaveFileNameW(&ofn)) return false;
-    setFieldText(kFieldOutPath, buffer.c_str());
+    fields_.setText(kFieldOutPath, buffer.c_str());
     return true;
 }
 

@@ -83,8 +83,6 @@ std::wstring filter(std::initializer_list<const wchar_t*> parts) {
 } // namespace
 
 void BuilderApp::chooseSkin(bool folder) {
-    // The working skin is what a running build composes; it is not replaced under it.
-    if (building()) return;
     std::wstring path;
     if (folder) {
         // Opens beside the skin loaded now, where its siblings are.
@@ -118,21 +116,21 @@ void BuilderApp::setIcon(const std::wstring& path, bool quiet) {
         return;
     }
     iconBytes_ = std::move(ico);
-    iconPath_ = path;
+    decisions_.icon = path;
     iconPreview_ = previewDecoded ? std::move(preview) : DecodedImage();
     if (!quiet) {
         setStatus(L"Simge ayarlandı: " + pathFileName(path), false);
-        saveSession();
+        session_.save();
     }
     InvalidateRect(hwnd_, nullptr, FALSE);
 }
 
 void BuilderApp::removeIcon() {
     iconBytes_.clear();
-    iconPath_.clear();
+    decisions_.icon.clear();
     iconPreview_ = DecodedImage();
     setStatus(L"Simge kaldırıldı — şablonun simgesi kullanılacak.", false);
-    saveSession();
+    session_.save();
 }
 
 void BuilderApp::chooseCertificate() {
@@ -144,10 +142,10 @@ void BuilderApp::chooseCertificate() {
 }
 
 void BuilderApp::useCertificate(const std::wstring& path) {
-    setFieldText(kFieldPfx, path);
+    fields_.setText(kFieldPfx, path);
     // Choosing a certificate means signing is wanted.
-    if (!signing_) runCommand(kItemToggleSigning, 0);
-    saveSession();
+    if (!decisions_.signing.enabled) runCommand(kItemToggleSigning, 0);
+    session_.save();
     InvalidateRect(hwnd_, nullptr, FALSE);
 }
 

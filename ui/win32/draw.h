@@ -5,13 +5,26 @@
 #include "ui/icons.h"
 #include "ui/layout.h"
 #include "ui/style.h"
-#include "ui/win32/gdi.h"
+#include "core/win32/gdi.h"
 
 #include <array>
 #include <cstdint>
 #include <string_view>
 
 namespace nv::ui::win {
+
+using nv::win::BrushPtr;
+using nv::win::GdiObject;
+using nv::win::GraphicsPtr;
+using nv::win::ImagePtr;
+using nv::win::MemoryDC;
+using nv::win::paintBuffered;
+using nv::win::PathPtr;
+using nv::win::PenPtr;
+using nv::win::SavedDC;
+using nv::win::SelectIn;
+using nv::win::WindowDC;
+namespace gp = Gdiplus::DllExports;
 
 // The fonts of the UI, created for one DPI; a face that cannot be created falls back to Tahoma.
 class FontSet {

@@ -1,11 +1,12 @@
 // NV_BuilderMain: the builder's one top-level window. Creation, sizing, the message loop and the window
-// procedure; what the messages do lives beside it (fields, painting, build, commands, snapshots).
+// procedure; what the messages do lives in the parts beside it (fields, build, previews, session) and in the
+// commands, the painting and snapshot mode.
 
 #include "ui/win32/app.h"
 
-#include "packager/signing.h"
 #include "core/files.h"
 #include "core/paths.h"
+#include "packager/signing.h"
 
 #include <commctrl.h>
 #include <shellapi.h>
@@ -61,11 +62,10 @@ CommandLine parseCommandLine(int argc, wchar_t** argv) {
     return line;
 }
 
+BuilderApp::BuilderApp() : build_(*this), preview_(*this), session_(*this) {}
+
 BuilderApp::~BuilderApp() {
-    if (worker_) {
-        WaitForSingleObject(worker_, 2000);
-        CloseHandle(worker_);
-    }
+    build_.shutdown();
     if (hwnd_ && IsWindow(hwnd_)) DestroyWindow(hwnd_);
 }
 
@@ -111,11 +111,11 @@ bool BuilderApp::createWindow() {
     DragAcceptFiles(hwnd_, TRUE);
 
     if (templatePath_.empty()) templatePath_ = pathJoin(exeFolder(), L"Norvane.Template.exe");
-    signtoolPath_ = findSigntool();
-    signtoolFound_ = !signtoolPath_.empty();
-    createFields();
+    decisions_.signing.signtoolPath = findSigntool();
+    fields_.create(hwnd_, fonts_, dpi_);
+    fields_.enable(false, decisions_.signing.enabled);
     log_.create(hwnd_, kLogViewId, dpi_, &fonts_);
-    restoreSession();
+    session_.restore();
     section_ = skinLoaded_ ? kBaglantilar : kKaynak;
     relayout();
     InvalidateRect(hwnd_, nullptr, FALSE);
@@ -148,23 +148,46 @@ int BuilderApp::messageLoop() {
 
 void BuilderApp::setStatus(const std::wstring& text, bool warning) {
     status_ = text;
-    statusFlag_ = warning ? 1 : 0;
+    statusWarning_ = warning;
     InvalidateRect(hwnd_, nullptr, FALSE);
 }
 
-void BuilderApp::setBuilding(bool on) {
-    building_.exchange(on);
-    for (const FieldRecord& field : fields_) {
-        const bool enable = isSigningField(field.id) ? !on && signing_ : !on;
-        EnableWindow(field.hwnd, enable);
+void BuilderApp::relayout() {
+    if (!hwnd_) return;
+    layout_ = computeLayout();
+    // Only the links section knows how many pages there are; elsewhere the page stays as it was.
+    if (section_ == kBaglantilar && linkPage_ >= layout_.linkPages) {
+        linkPage_ = layout_.linkPages - 1;
+        layout_ = computeLayout();
     }
-    if (on) {
-        tick_ = 0;
-        SetTimer(hwnd_, kBusyTimer, kBusyTimerMs, nullptr);
-    } else {
-        KillTimer(hwnd_, kBusyTimer);
+    HDWP batch = BeginDeferWindowPos(static_cast<int>(fields_.count()) + 1);
+    fields_.place(layout_, batch);
+    if (HWND log = log_.hwnd()) {
+        const Rect r = layout_.logView;
+        if (batch)
+            batch =
+                DeferWindowPos(batch, log, nullptr, r.left, r.top, r.width(), r.height(),
+                               (r.empty() ? SWP_HIDEWINDOW : SWP_SHOWWINDOW) | SWP_NOZORDER | SWP_NOACTIVATE);
     }
-    InvalidateRect(hwnd_, nullptr, FALSE);
+    if (batch) EndDeferWindowPos(batch);
+}
+
+void BuilderApp::onEditCommand(int id, int code) {
+    switch (code) {
+    case EN_SETFOCUS:
+        InvalidateRect(hwnd_, nullptr, FALSE);
+        break;
+    case EN_KILLFOCUS:
+        InvalidateRect(hwnd_, nullptr, FALSE);
+        if (refreshesPreview(id)) preview_.refresh();
+        session_.save();
+        break;
+    case EN_CHANGE:
+        if (id == kFieldOutPath) InvalidateRect(hwnd_, nullptr, FALSE);
+        break;
+    default:
+        break;
+    }
 }
 
 void BuilderApp::showSection(int section) {
@@ -217,11 +240,11 @@ LRESULT BuilderApp::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_ERASEBKGND:
         return 1;
     case WM_CLOSE:
-        if (building()) {
+        if (build_.building()) {
             setStatus(L"Oluşturma sürüyor — bitmesini bekleyin.", true);
             return 0;
         }
-        saveSession();
+        session_.save();
         DestroyWindow(hwnd_);
         return 0;
     case WM_GETMINMAXINFO: {
@@ -300,20 +323,15 @@ LRESULT BuilderApp::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     }
     case WM_TIMER:
         if (wParam == kBusyTimer) {
-            ++tick_;
+            build_.nextTick();
             InvalidateRect(hwnd_, nullptr, FALSE);
         }
         return 0;
-    case kMsgLogLine: {
-        auto* line = reinterpret_cast<std::wstring*>(lParam);
-        if (line) {
-            appendLog(*line, static_cast<int>(wParam));
-            delete line;
-        }
+    case kMsgLogLine:
+        if (auto line = takePosted<std::wstring>(lParam)) appendLog(*line, static_cast<int>(wParam));
         return 0;
-    }
     case kMsgBuildDone:
-        completeBuild(reinterpret_cast<BuildResult*>(lParam));
+        build_.complete(takePosted<BuildResult>(lParam));
         return 0;
     case kMsgRunSnapshot:
         runSnapshots();

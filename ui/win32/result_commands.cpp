@@ -30,13 +30,14 @@ bool BuilderApp::copyToClipboard(const std::wstring& text) {
 
 // Items 23 (CRC), 24 (the whole log) and 25 (the self-update line). The CRC belongs to a finished build.
 void BuilderApp::copyResultText(int item) {
-    const bool haveCrc = lastFinished_ && lastSucceeded_;
+    const bool haveCrc = build_.succeeded();
+    const uint32_t crc = build_.lastResult().crc32;
     std::wstring text;
     const wchar_t* status = nullptr;
     switch (item) {
     case kItemCopyCrc:
         if (!haveCrc) return;
-        text = crcText(lastResult_.crc32);
+        text = crcText(crc);
         status = L"CRC32 panoya kopyalandı.";
         break;
     case kItemCopyLog:
@@ -45,7 +46,7 @@ void BuilderApp::copyResultText(int item) {
         break;
     case kItemCopySelfUpdate:
         if (!haveCrc) return;
-        text = L"nv_patcher_crc32=" + crcText(lastResult_.crc32);
+        text = L"nv_patcher_crc32=" + crcText(crc);
         status = L"Kendini güncelleme satırı panoya kopyalandı.";
         break;
     default:
@@ -57,8 +58,9 @@ void BuilderApp::copyResultText(int item) {
 // Explorer opens the output's folder with the file selected; before a build, or once the file is gone, there
 // is nothing to show.
 void BuilderApp::showOutputInFolder() {
-    if (!lastFinished_ || !lastSucceeded_ || lastOutput_.empty() || !fileExists(lastOutput_)) return;
-    const std::wstring parameters = L"/select,\"" + lastOutput_ + L"\"";
+    const std::wstring& output = build_.lastOutput();
+    if (!build_.succeeded() || output.empty() || !fileExists(output)) return;
+    const std::wstring parameters = L"/select,\"" + output + L"\"";
     ShellExecuteW(hwnd_, L"open", L"explorer.exe", parameters.c_str(), nullptr, SW_SHOWNORMAL);
 }
 

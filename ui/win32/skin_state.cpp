@@ -1,14 +1,39 @@
-// The working skin as the window shows it: loading a source into the fields, dropped files, and the summary
-// of the Kaynak page.
+// The working skin and the operator's decisions as the window holds them: the recipe read from the fields and
+// the switches, loading a source into the fields, dropped files, and the summary of the Kaynak page.
 
 #include "ui/win32/app.h"
 
 #include "core/files.h"
 #include "core/text.h"
+#include "recipe/recipe_keys.h"
 #include "ui/drops.h"
 #include "ui/readiness.h"
 
 namespace nv::ui::win {
+
+Recipe BuilderApp::recipe() const {
+    Recipe recipe = decisions_;
+    fields_.read(recipe);
+    recipe.templatePath = templatePath_;
+    return recipe;
+}
+
+const SkinWorkspace& BuilderApp::workingSkin() {
+    applyRecipe(recipe(), workspace_);
+    return workspace_;
+}
+
+BuildInputs BuilderApp::buildInputs() const {
+    return recipeBuildInputs(recipe(), iconBytes_);
+}
+
+void BuilderApp::showSkinValues() {
+    Recipe skinValues = recipe();
+    takeSkinValues(workspace_, skinValues);
+    decisions_.settings = skinValues.settings;
+    decisions_.links = skinValues.links;
+    fields_.show(skinValues, RestoreStep::SkinValues);
+}
 
 bool BuilderApp::loadSkin(const std::wstring& path, bool restoreMode) {
     std::wstring message;
@@ -16,21 +41,13 @@ bool BuilderApp::loadSkin(const std::wstring& path, bool restoreMode) {
     skinLoaded_ = ok;
     skinLoadFailed_ = !ok;
     skinSource_ = ok ? path : std::wstring();
-    rebuildLinkFields();
-    if (ok) {
-        setFieldText(kFieldConfigUrl, workspace_.serverAddress);
-        setFieldText(kFieldNewsUrl, workspace_.newsAddress);
-        setFieldText(kFieldFeedUrl, workspace_.feedUrl);
-        const PatcherSettings& settings = workspace_.settings;
-        setFieldText(kFieldTitle, settings.title);
-        setFieldText(kFieldSegment, std::to_wstring(settings.segmentMb));
-        setFieldText(kFieldRunArgs, settings.runArgs);
-        connections_ = settings.connections;
-        toggles_ = {settings.closeOnStart, settings.autoStart, settings.allowStartOnError,
-                    settings.browserEmulation};
-    }
+    decisions_.skin = skinSource_;
+    decisions_.links.clear();
+    fields_.rebuildLinks(workspace_.buttonLinks);
+    linkPage_ = 0;
+    if (ok) showSkinValues();
     updateSkinSummary();
-    refreshPreview();
+    preview_.refresh();
     if (!restoreMode) {
         if (ok)
             setStatus(sourceName(path) + L" yüklendi", false);
@@ -38,24 +55,11 @@ bool BuilderApp::loadSkin(const std::wstring& path, bool restoreMode) {
             setStatus(message, true);
         // A folder file that could not be read does not stop the load, but the operator hears of it.
         if (ok && !message.empty()) appendLog(L"Not: " + message, 2);
-        saveSession();
+        session_.save();
     }
     relayout();
     InvalidateRect(hwnd_, nullptr, FALSE);
     return ok;
-}
-
-void BuilderApp::fillFieldsFromSkin() {
-    setFieldText(kFieldConfigUrl, workspace_.serverAddress);
-    setFieldText(kFieldNewsUrl, workspace_.newsAddress);
-    setFieldText(kFieldFeedUrl, workspace_.feedUrl);
-    const PatcherSettings& settings = workspace_.settings;
-    setFieldText(kFieldTitle, settings.title);
-    setFieldText(kFieldSegment, std::to_wstring(settings.segmentMb));
-    setFieldText(kFieldRunArgs, settings.runArgs);
-    connections_ = settings.connections;
-    toggles_ = {settings.closeOnStart, settings.autoStart, settings.allowStartOnError,
-                settings.browserEmulation};
 }
 
 // Dropped files: the first folder or zip becomes the skin; otherwise the files join the loaded package (an
@@ -68,14 +72,13 @@ void BuilderApp::dropFiles(HDROP drop) {
         if (DragQueryFileW(drop, i, path, 261)) paths.emplace_back(path);
     }
     DragFinish(drop);
-    const DropPlan plan = planDrop(paths, building());
+    const DropPlan plan = planDrop(paths, build_.building());
     if (plan.action == DropPlan::Action::Ignore) return;
     if (plan.action == DropPlan::Action::LoadSource) {
         loadSkin(plan.source, false);
         return;
     }
     const bool wasLoaded = workspace_.loaded;
-    copyFieldsToSettings();
     const DropReport report = addDroppedFiles(workspace_, paths);
     for (const ReportLine& line : report.log)
         appendLog(line.text, line.level);
@@ -87,13 +90,16 @@ void BuilderApp::dropFiles(HDROP drop) {
     skinLoadFailed_ = false;
     if (!wasLoaded) {
         skinSource_ = workspace_.sourceLabel;
-        rebuildLinkFields();
-        fillFieldsFromSkin();
+        // A skin made of dropped files has no source to remember.
+        decisions_.skin = skinSource_ != kDroppedFilesLabel ? skinSource_ : std::wstring();
+        fields_.rebuildLinks(workspace_.buttonLinks);
+        linkPage_ = 0;
+        showSkinValues();
     }
     updateSkinSummary();
-    refreshPreview();
+    preview_.refresh();
     setStatus(report.status, false);
-    saveSession();
+    session_.save();
     relayout();
 }
 
@@ -101,7 +107,9 @@ void BuilderApp::updateSkinSummary() {
     summary_ = SkinSummary{};
     if (!skinLoaded_) return;
     SkinModel model;
-    summary_.resolved = workspace_.loadPreviewModel(model, summary_.warnings);
+    LoadMessages messages;
+    summary_.resolved = workingSkin().loadPreviewModel(model, messages);
+    summary_.warnings = messages.lines();
     if (!summary_.resolved) return;
     summary_.width = model.width;
     summary_.height = model.height;

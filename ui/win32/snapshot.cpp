@@ -75,7 +75,7 @@ void BuilderApp::runSnapshots() {
     GetTempPathW(MAX_PATH + 1, temp);
     const std::wstring scratch = pathJoin(temp, L"nv_snap_out");
     createFolders(scratch);
-    setFieldText(kFieldOutPath, pathJoin(scratch, L"Kaldra.exe"));
+    fields_.setText(kFieldOutPath, pathJoin(scratch, L"Kaldra.exe"));
 
     auto shootSections = [&](const wchar_t* suffix) {
         for (int i = 0; i < kSectionCount; ++i) {
@@ -87,7 +87,7 @@ void BuilderApp::runSnapshots() {
         }
     };
     shootSections(L"");
-    if (skinLoaded_) buildNow();
+    if (skinLoaded_) build_.runNow();
     showSection(kDerleme);
     UpdateWindow(hwnd_);
     capture(pathJoin(folder, L"5_derleme.png"));

@@ -24,7 +24,7 @@ protected:
         createFolders(pathParent(templatePath()));
         app_ = new BuilderApp;
         app_->setTemplatePath(templatePath());
-        app_->setSessionPath(L""); // a fresh window every run, whatever earlier runs left behind
+        app_->session().setPath(L""); // a fresh window every run, whatever earlier runs left behind
         created_ = app_->createWindow();
     }
     static void TearDownTestSuite() {
@@ -36,7 +36,7 @@ protected:
         ASSERT_TRUE(created_);
         ASSERT_TRUE(IsWindow(app_->hwnd()));
         DeleteFileW(templatePath().c_str());
-        app_->setSessionPath(L"");
+        app_->session().setPath(L"");
         setSigning(false);
     }
 
@@ -44,14 +44,14 @@ protected:
     static std::wstring templatePath() { return pathJoin(exeFolder(), L"ui_window\\Norvane.Template.exe"); }
     static std::wstring samplePath() { return pathJoin(test::testDataDir(), L"gece-mavisi"); }
     void loadSample() { ASSERT_TRUE(app_->loadSkin(samplePath(), false)) << test::fsPath(app_->status()); }
-    bool visible(int id) const { return IsWindowVisible(app_->fieldWindow(id)) != 0; }
-    bool enabled(int id) const { return IsWindowEnabled(app_->fieldWindow(id)) != 0; }
+    bool visible(int id) const { return IsWindowVisible(app_->fields().window(id)) != 0; }
+    bool enabled(int id) const { return IsWindowEnabled(app_->fields().window(id)) != 0; }
     void setSigning(bool on) {
-        if (app_->signing() != on) app_->runCommand(kItemToggleSigning, 0);
+        if (app_->recipe().signing.enabled != on) app_->runCommand(kItemToggleSigning, 0);
     }
     void leaveField(int id) {
         SendMessageW(app_->hwnd(), WM_COMMAND, MAKEWPARAM(id, EN_KILLFOCUS),
-                     reinterpret_cast<LPARAM>(app_->fieldWindow(id)));
+                     reinterpret_cast<LPARAM>(app_->fields().window(id)));
     }
 
     static inline BuilderApp* app_ = nullptr;

@@ -2,7 +2,9 @@
 // with "--preview", icon and certificate, the live preview's refresh events and the session file written and
 // restored.
 
+#include "cli/build_plan.h"
 #include "core/text.h"
+#include "recipe/recipe_keys.h"
 #include "tests/support/image_files.h"
 #include "tests/ui/window/builder_window.h"
 
@@ -64,7 +66,7 @@ void CALLBACK closeDialogTimer(HWND, UINT, UINT_PTR id, DWORD) {
 
 TEST_F(BuilderCommands, DialogsAreModalTitledAndCancellingChangesNothing) {
     loadSample();
-    app_->setFieldText(kFieldOutPath, L"C:\\oyun\\Kaldra.exe");
+    app_->fields().setText(kFieldOutPath, L"C:\\oyun\\Kaldra.exe");
     const struct {
         int item;
         const wchar_t* title;
@@ -89,9 +91,9 @@ TEST_F(BuilderCommands, DialogsAreModalTitledAndCancellingChangesNothing) {
                 << test::fsPath(type);
         EXPECT_EQ(app_->status(), status) << c.item;
         EXPECT_TRUE(app_->skinLoaded());
-        EXPECT_EQ(app_->fieldText(kFieldOutPath), L"C:\\oyun\\Kaldra.exe");
-        EXPECT_TRUE(app_->fieldText(kFieldPfx).empty());
-        EXPECT_FALSE(app_->signing());
+        EXPECT_EQ(app_->fields().text(kFieldOutPath), L"C:\\oyun\\Kaldra.exe");
+        EXPECT_TRUE(app_->fields().text(kFieldPfx).empty());
+        EXPECT_FALSE(app_->recipe().signing.enabled);
         EXPECT_FALSE(app_->hasIcon());
     }
 }
@@ -114,13 +116,13 @@ TEST_F(BuilderCommands, PreviewPatcherStartsWithPreviewAndPutsEverythingBack) {
     ASSERT_TRUE(
         CopyFileW(pathJoin(exeFolder(), L"preview_probe.exe").c_str(), templatePath().c_str(), FALSE));
     setSigning(true); // no certificate: a signed build would fail, the preview is built unsigned
-    app_->setFieldText(kFieldOutPath, L"C:\\oyun\\Kaldra.exe");
+    app_->fields().setText(kFieldOutPath, L"C:\\oyun\\Kaldra.exe");
     const size_t logLines = app_->buildLog().size();
     app_->runCommand(kItemPreviewResult, 0);
     EXPECT_EQ(app_->status(), L"Patcher önizlemesi açıldı (ağ ve disk işlemi yapılmaz).");
     EXPECT_FALSE(app_->statusWarning());
-    EXPECT_TRUE(app_->signing());
-    EXPECT_EQ(app_->fieldText(kFieldOutPath), L"C:\\oyun\\Kaldra.exe");
+    EXPECT_TRUE(app_->recipe().signing.enabled);
+    EXPECT_EQ(app_->fields().text(kFieldOutPath), L"C:\\oyun\\Kaldra.exe");
     EXPECT_EQ(app_->buildLog().size(), logLines) << "a preview logs only its failure";
 
     // The started process wrote down how it was started.
@@ -171,30 +173,95 @@ TEST_F(BuilderCommands, IconAndCertificate) {
 
     // A certificate chosen with signing off switches signing on and opens its fields.
     app_->useCertificate(L"C:\\sertifika.pfx");
-    EXPECT_TRUE(app_->signing());
-    EXPECT_EQ(app_->fieldText(kFieldPfx), L"C:\\sertifika.pfx");
-    EXPECT_TRUE(IsWindowEnabled(app_->fieldWindow(kFieldPassword)));
+    EXPECT_TRUE(app_->recipe().signing.enabled);
+    EXPECT_EQ(app_->fields().text(kFieldPfx), L"C:\\sertifika.pfx");
+    EXPECT_TRUE(IsWindowEnabled(app_->fields().window(kFieldPassword)));
     app_->useCertificate(L"C:\\ikinci.pfx");
-    EXPECT_TRUE(app_->signing()) << "a second certificate does not flip signing off";
+    EXPECT_TRUE(app_->recipe().signing.enabled) << "a second certificate does not flip signing off";
 }
 
 TEST_F(BuilderCommands, ThePreviewFollowsTheFieldsThatShapeIt) {
     loadSample();
-    EXPECT_TRUE(app_->previewShown());
+    EXPECT_TRUE(app_->preview().shown());
     for (int field : {kFieldRunArgs, kFieldConfigUrl, kFieldLinkFirst}) {
-        app_->setPreviewPixels(0, 0, {});
+        app_->preview().setPixels(0, 0, {});
         leaveField(field);
-        EXPECT_EQ(app_->previewShown(), refreshesPreview(field)) << field;
+        EXPECT_EQ(app_->preview().shown(), refreshesPreview(field)) << field;
     }
+}
+
+// Every saved key set the way the operator sets it in the window, the session written, and
+// `nvbuild build --session` reading it back: the same build inputs and the same package, byte for byte.
+TEST_F(BuilderCommands, TheWindowsSessionBuildsTheSameWithNvbuild) {
+    test::TempDir dir;
+    const std::wstring file = dir.file(L"olusturucu.ini");
+    const std::wstring picture = dir.file(L"simge.png");
+    test::writeFile(picture, test::makePng(24, 24, 0xFF3060A0));
+    app_->session().setPath(L"");
+    loadSample();
+    for (const RecipeKey& key : kRecipeKeys) {
+        if (!key.saved()) continue;
+        const std::string name(key.name);
+        if (key.field != 0) {
+            app_->fields().setText(key.field, key.name == "seg"        ? L"17"
+                                              : key.name == "out_path" ? dir.file(L"Oturum.exe")
+                                                                       : L"pencere " + utf8ToWide(name));
+        } else if (key.name == "conn") {
+            app_->runCommand(kItemConnectionChip, 7);
+        } else if (const auto toggle = std::find_if(behaviourToggles().begin(), behaviourToggles().end(),
+                                                    [&](const ToggleSpec& t) { return t.key == key.name; });
+                   toggle != behaviourToggles().end()) {
+            app_->runCommand(toggle->item, 0);
+        } else if (key.name == "sign") {
+            setSigning(true);
+        } else if (key.name == "icon") {
+            app_->setIcon(picture, true);
+        } else if (key.name == "link") {
+            app_->fields().setText(kFieldLinkFirst + 2, L"https://pencere.example/" + utf8ToWide(name));
+        } else {
+            EXPECT_EQ(key.name, "skin") << "no way to set " << name << " in the window";
+        }
+    }
+    const Recipe set = app_->recipe();
+    EXPECT_EQ(set.settings.connections, 7);
+    EXPECT_EQ(set.settings.segmentMb, 17);
+    app_->session().setPath(file);
+    app_->session().save();
+    app_->session().setPath(L"");
+
+    Invocation invocation(kBuildCommand);
+    invocation.options = {{L"--session", file, L""}};
+    struct : Console {
+        std::wstring text;
+        void out(std::wstring_view t) override { text += t; }
+        void err(std::wstring_view t) override { text += t; }
+    } console;
+    BuildPlan plan;
+    ASSERT_EQ(planBuild(invocation, console, plan), kExitOk) << test::fsPath(console.text);
+
+    const BuildInputs window = app_->buildInputs();
+    EXPECT_EQ(plan.inputs.outputPath, window.outputPath);
+    EXPECT_EQ(plan.inputs.iconBytes, window.iconBytes);
+    EXPECT_EQ(plan.inputs.version, window.version);
+    SigningOptions signing = window.signing;
+    signing.pfxPassword.clear();  // never written
+    signing.signtoolPath.clear(); // both look for it when they sign
+    EXPECT_EQ(plan.inputs.signing, signing);
+    Bytes fromWindow, fromFile;
+    LoadMessages messages;
+    ASSERT_TRUE(app_->workingSkin().buildSkinPackage(fromWindow, messages)) << test::fsPath(messages.error);
+    ASSERT_TRUE(plan.workspace.buildSkinPackage(fromFile, messages)) << test::fsPath(messages.error);
+    EXPECT_EQ(fromFile, fromWindow);
+    setSigning(false);
 }
 
 TEST_F(BuilderCommands, SessionWrittenWithoutThePasswordAndRestored) {
     test::TempDir dir;
     const std::wstring file = dir.file(L"Norvane\\olusturucu.ini");
-    app_->setSessionPath(file);
+    app_->session().setPath(file);
     loadSample();
-    app_->setFieldText(kFieldPassword, L"gizli-parola-42");
-    app_->setFieldText(kFieldProduct, L"Ürün A");
+    app_->fields().setText(kFieldPassword, L"gizli-parola-42");
+    app_->fields().setText(kFieldProduct, L"Ürün A");
     leaveField(kFieldProduct);
     std::string text = test::textOf(test::readFile(file));
     EXPECT_EQ(text.rfind("; Norvane Olusturucu - son oturum (parola kaydedilmez)\r\nskin=", 0), 0u);
@@ -210,21 +277,21 @@ TEST_F(BuilderCommands, SessionWrittenWithoutThePasswordAndRestored) {
         "link.3.URL_SITE=https://site.oturum.example/\r\nsign=1\r\n";
     // Every value's way into the fields is the session's end-to-end case; here what the window adds.
     test::writeFile(file, session);
-    app_->restoreSession();
-    EXPECT_EQ(app_->fieldText(kFieldConfigUrl), L"https://oturum.example/config.xml");
-    EXPECT_EQ(app_->fieldText(kFieldLinkFirst + 1), L"https://site.oturum.example/");
-    EXPECT_TRUE(app_->signing());
-    EXPECT_TRUE(IsWindowEnabled(app_->fieldWindow(kFieldPassword)));
+    app_->session().restore();
+    EXPECT_EQ(app_->fields().text(kFieldConfigUrl), L"https://oturum.example/config.xml");
+    EXPECT_EQ(app_->fields().text(kFieldLinkFirst + 1), L"https://site.oturum.example/");
+    EXPECT_TRUE(app_->recipe().signing.enabled);
+    EXPECT_TRUE(IsWindowEnabled(app_->fields().window(kFieldPassword)));
     EXPECT_EQ(app_->status(), L"Son oturum geri yüklendi — gece-mavisi");
-    EXPECT_TRUE(app_->previewShown());
+    EXPECT_TRUE(app_->preview().shown());
     EXPECT_EQ(test::textOf(test::readFile(file)), session) << "restoring writes nothing";
 
     // The window's accepted close writes the session, as the last thing this window does; the field that has
     // the focus then goes down with the window and must not empty the file.
     DeleteFileW(file.c_str());
     app_->runCommand(kItemSection, kBaglantilar);
-    SetFocus(app_->fieldWindow(kFieldConfigUrl));
-    ASSERT_EQ(GetFocus(), app_->fieldWindow(kFieldConfigUrl));
+    SetFocus(app_->fields().window(kFieldConfigUrl));
+    ASSERT_EQ(GetFocus(), app_->fields().window(kFieldConfigUrl));
     SendMessageW(app_->hwnd(), WM_CLOSE, 0, 0);
     EXPECT_FALSE(IsWindow(app_->hwnd()));
     text = test::textOf(test::readFile(file));

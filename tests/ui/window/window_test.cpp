@@ -70,44 +70,45 @@ TEST_F(BuilderWindow, StartsOnTheSourceSectionAndWarnsOfAMissingTemplate) {
 
 TEST_F(BuilderWindow, ALoadedSkinFillsTheFields) {
     loadSample();
-    EXPECT_EQ(app_->fieldText(kFieldConfigUrl), L"https://patch.kaldra.example/launcher/config.xml");
-    EXPECT_EQ(app_->fieldText(kFieldNewsUrl), L"https://www.kaldra.example/haberler/baslatici");
-    EXPECT_EQ(app_->fieldText(kFieldFeedUrl), L"https://status.kaldra.example/launcher/feed.json");
-    EXPECT_EQ(app_->fieldText(kFieldTitle), L"Kaldra Online");
-    EXPECT_EQ(app_->fieldText(kFieldRunArgs), L"-lang tr");
-    EXPECT_EQ(app_->connections(), 6);
-    EXPECT_TRUE(app_->toggle(0));
-    EXPECT_FALSE(app_->toggle(1));
+    EXPECT_EQ(app_->fields().text(kFieldConfigUrl), L"https://patch.kaldra.example/launcher/config.xml");
+    EXPECT_EQ(app_->fields().text(kFieldNewsUrl), L"https://www.kaldra.example/haberler/baslatici");
+    EXPECT_EQ(app_->fields().text(kFieldFeedUrl), L"https://status.kaldra.example/launcher/feed.json");
+    EXPECT_EQ(app_->fields().text(kFieldTitle), L"Kaldra Online");
+    EXPECT_EQ(app_->fields().text(kFieldRunArgs), L"-lang tr");
+    EXPECT_EQ(app_->recipe().settings.connections, 6);
+    EXPECT_TRUE(app_->recipe().settings.closeOnStart);
+    EXPECT_FALSE(app_->recipe().settings.autoStart);
     // One field per button that opens a link, in the skin's order; a locale key is resolved.
-    EXPECT_EQ(app_->fieldText(kFieldLinkFirst), L"https://www.kaldra.example/haberler/yenilikler");
-    EXPECT_EQ(app_->fieldText(kFieldLinkFirst + 4), L"https://destek.kaldra.example/");
-    EXPECT_EQ(app_->fieldWindow(kFieldLinkFirst + 5), nullptr);
+    EXPECT_EQ(app_->fields().text(kFieldLinkFirst), L"https://www.kaldra.example/haberler/yenilikler");
+    EXPECT_EQ(app_->fields().text(kFieldLinkFirst + 4), L"https://destek.kaldra.example/");
+    EXPECT_EQ(app_->fields().window(kFieldLinkFirst + 5), nullptr);
 
     // A second load replaces the link fields instead of adding to them; a failed one removes them.
     loadSample();
-    EXPECT_EQ(app_->fieldWindow(kFieldLinkFirst + 5), nullptr);
+    EXPECT_EQ(app_->fields().window(kFieldLinkFirst + 5), nullptr);
     EXPECT_FALSE(app_->loadSkin(L"Z:\\yok\\skin.zip", false));
     EXPECT_FALSE(app_->skinLoaded());
     EXPECT_TRUE(app_->statusWarning());
-    EXPECT_EQ(app_->fieldWindow(kFieldLinkFirst), nullptr);
+    EXPECT_EQ(app_->fields().window(kFieldLinkFirst), nullptr);
 }
 
 TEST_F(BuilderWindow, ChipsSteppersAndToggles) {
     // The stepper reads what the field holds, whatever it is, and writes the step back.
-    app_->setFieldText(kFieldSegment, L"abc");
+    app_->fields().setText(kFieldSegment, L"abc");
     app_->runCommand(kItemSegmentMinus, 0);
-    EXPECT_EQ(app_->fieldText(kFieldSegment), L"3");
+    EXPECT_EQ(app_->fields().text(kFieldSegment), L"3");
     app_->runCommand(kItemSegmentPlus, 0);
-    EXPECT_EQ(app_->fieldText(kFieldSegment), L"4");
+    EXPECT_EQ(app_->fields().text(kFieldSegment), L"4");
 
     app_->runCommand(kItemConnectionChip, 3);
-    EXPECT_EQ(app_->connections(), 3);
+    EXPECT_EQ(app_->recipe().settings.connections, 3);
     app_->runCommand(kItemConnectionChip, 12);
-    EXPECT_EQ(app_->connections(), 3);
-    for (int i = 0; i < 4; ++i) {
-        const bool before = app_->toggle(i);
-        app_->runCommand(kItemToggleCloseOnStart + i, 0);
-        EXPECT_NE(app_->toggle(i), before) << i;
+    EXPECT_EQ(app_->recipe().settings.connections, 3);
+    for (const ToggleSpec& toggle : behaviourToggles()) {
+        const RecipeKey& key = *findKey(toggle.key);
+        const bool before = keyOn(key, app_->recipe());
+        app_->runCommand(toggle.item, 0);
+        EXPECT_NE(keyOn(key, app_->recipe()), before) << toggle.item;
     }
 }
 
@@ -131,22 +132,22 @@ TEST_F(BuilderWindow, ClicksRunTheItemUnderThePointer) {
     ASSERT_TRUE(block(BlockKind::Chip, 2) && block(BlockKind::Chip, 7) &&
                 block(BlockKind::NavEntry, kKimlik));
     press(block(BlockKind::Chip, 2), block(BlockKind::Chip, 2));
-    EXPECT_EQ(app_->connections(), 2);
+    EXPECT_EQ(app_->recipe().settings.connections, 2);
     // Pressed on one item and let go over another: nothing runs.
     press(block(BlockKind::Chip, 7), block(BlockKind::NavEntry, kKimlik));
-    EXPECT_EQ(app_->connections(), 2);
+    EXPECT_EQ(app_->recipe().settings.connections, 2);
     EXPECT_EQ(app_->section(), kDavranis);
 }
 
 TEST_F(BuilderWindow, SigningAndBuildingLockFields) {
     app_->runCommand(kItemToggleSigning, 0);
-    EXPECT_TRUE(app_->signing());
+    EXPECT_TRUE(app_->recipe().signing.enabled);
     EXPECT_TRUE(enabled(kFieldPfx) && enabled(kFieldPassword) && enabled(kFieldTimestamp));
 
-    app_->setBuilding(true);
+    app_->build().setBuilding(true);
     for (int id : {kFieldConfigUrl, kFieldOutPath, kFieldPfx, kFieldSegment})
         EXPECT_FALSE(enabled(id)) << id;
-    app_->setBuilding(false);
+    app_->build().setBuilding(false);
     EXPECT_TRUE(enabled(kFieldConfigUrl) && enabled(kFieldPfx));
 
     app_->runCommand(kItemToggleSigning, 0);
@@ -203,12 +204,12 @@ TEST_F(BuilderWindow, StartChecksStopABuildWithTheirMessage) {
 
     loadSample();
     test::TempDir dir;
-    app_->setFieldText(kFieldOutPath, dir.file(L"Kaldra.exe"));
+    app_->fields().setText(kFieldOutPath, dir.file(L"Kaldra.exe"));
     app_->runCommand(kItemBuildSidebar, 0);
     EXPECT_EQ(app_->section(), kDerleme);
     EXPECT_EQ(app_->status().rfind(L"Patcher şablonu bulunamadı: ", 0), 0u) << test::fsPath(app_->status());
     EXPECT_TRUE(app_->statusWarning());
-    EXPECT_FALSE(app_->building());
+    EXPECT_FALSE(app_->build().building());
     ASSERT_EQ(app_->buildLog().size(), before + 1);
     EXPECT_EQ(app_->buildLog().lines().back().level, 3);
 }
@@ -229,17 +230,17 @@ TEST_F(BuilderWindow, BuildsAPatcherOnTheWorkerThread) {
     loadSample();
     test::TempDir dir;
     const std::wstring output = dir.file(L"Kaldra.exe");
-    app_->setFieldText(kFieldOutPath, output);
+    app_->fields().setText(kFieldOutPath, output);
     app_->runCommand(kItemBuildPage, 0);
-    EXPECT_TRUE(app_->building());
+    EXPECT_TRUE(app_->build().building());
     EXPECT_FALSE(enabled(kFieldConfigUrl));
     // Closing is refused while the worker runs.
     SendMessageW(app_->hwnd(), WM_CLOSE, 0, 0);
     EXPECT_TRUE(IsWindow(app_->hwnd()));
     EXPECT_EQ(app_->status(), L"Oluşturma sürüyor — bitmesini bekleyin.");
-    ASSERT_TRUE(pumpUntil([&] { return !app_->building(); }));
+    ASSERT_TRUE(pumpUntil([&] { return !app_->build().building(); }));
 
-    ASSERT_TRUE(app_->lastBuildSucceeded()) << test::fsPath(app_->lastResult().message);
+    ASSERT_TRUE(app_->build().succeeded()) << test::fsPath(app_->build().lastResult().message);
     EXPECT_EQ(app_->status(), L"Patcher hazır: Kaldra.exe");
     const auto& all = app_->buildLog().lines();
     const auto first = std::find_if(

@@ -1,12 +1,12 @@
 #pragma once
 // Owners for GDI and GDI+ objects, so that every pen, brush, font, bitmap and device context is released on
-// every path out of the scope that made it.
+// every path out of the scope that made it. The builder's window and the patcher's both draw with them.
 
 #include "core/win32/gdiplus_include.h"
 
 #include <memory>
 
-namespace nv::ui::win {
+namespace nv::win {
 
 // A GDI object (HFONT, HBRUSH, HBITMAP, HPEN) deleted with DeleteObject.
 template <typename T> class GdiObject {
@@ -146,4 +146,4 @@ using PenPtr = std::unique_ptr<Gdiplus::GpPen, PenDelete>;
 using BrushPtr = std::unique_ptr<Gdiplus::GpBrush, BrushDelete>;
 using ImagePtr = std::unique_ptr<Gdiplus::GpImage, ImageDelete>;
 
-} // namespace nv::ui::win
+} // namespace nv::win

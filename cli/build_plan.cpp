@@ -1,0 +1,73 @@
+#include "cli/build_plan.h"
+
+#include "cli/recipe_options.h"
+#include "cli/session_recipe.h"
+#include "cli/skin_input.h"
+#include "core/files.h"
+#include "core/paths.h"
+#include "packager/icon.h"
+#include "recipe/recipe.h"
+
+namespace nv {
+
+int planBuild(const Invocation& invocation, Console& console, BuildPlan& plan) {
+    RecipeOptions options;
+    std::wstring error;
+    if (!readRecipeOptions(invocation, options, error)) return invocation.usageError(console, error);
+    const std::wstring* sessionFile = invocation.value(L"--session");
+    if (!sessionFile && !options.has("out_path"))
+        return invocation.usageError(console, L"Eksik seçenek: --out");
+
+    // With a session file its fields come first, as the builder restores them; every option given on the
+    // command line then wins over them.
+    Recipe recipe;
+    std::wstring message, note;
+    const std::wstring source = invocation.arguments.empty() ? std::wstring() : invocation.arguments[0];
+    if (sessionFile) {
+        if (!readSessionRecipe(*sessionFile, source, plan.workspace, recipe, message, note))
+            return failed(console, message);
+    } else {
+        // Without a session no file text is set: the version block's own defaults hold, and the original
+        // name is the output's.
+        recipe.version = VersionInfoFields{};
+    }
+    applyRecipeOptions(options, OptionPart::Others, recipe, error); // these take any text
+    if (recipe.outPath.empty()) return invocation.usageError(console, L"Eksik seçenek: --out");
+    // The window always holds a full path; a name typed here means the current folder, as on any command
+    // line.
+    recipe.outPath = absolutePath(recipe.outPath);
+    if (!options.has("template")) recipe.templatePath = pathJoin(exeFolder(), L"Norvane.Template.exe");
+    // Naming a certificate is asking for a signature.
+    if (options.has("sign_pfx")) recipe.signing.enabled = true;
+    if (!readSecretOptions(options, recipe, error)) return failed(console, error);
+
+    Bytes iconBytes;
+    DecodedImage preview;
+    bool previewDecoded = false;
+    if (const std::wstring* icon = options.value("icon")) {
+        if (!requireExisting(*icon, message) ||
+            !readIconFile(*icon, iconBytes, preview, previewDecoded, message))
+            return failed(console, message);
+    } else if (!recipe.icon.empty() &&
+               !readIconFile(recipe.icon, iconBytes, preview, previewDecoded, message)) {
+        // The builder takes a remembered icon quietly and keeps the template's when it does not convert.
+        console.errLine(L"Not: " + message);
+    }
+
+    if (!sessionFile) {
+        if (!loadSkinInput(source, plan.workspace, message, note)) return failed(console, message);
+        recipe.skin = source;
+        takeSkinValues(plan.workspace, recipe);
+    }
+    if (!note.empty()) console.errLine(L"Not: " + note);
+    if (!applyRecipeOptions(options, OptionPart::SkinValues, recipe, error)) return failed(console, error);
+    for (const std::wstring& line : editsWithoutPlace(options, plan.workspace))
+        console.errLine(L"Not: " + line);
+
+    applyRecipe(recipe, plan.workspace);
+    plan.inputs = recipeBuildInputs(recipe, std::move(iconBytes));
+    plan.recipe = std::move(recipe);
+    return kExitOk;
+}
+
+} // namespace nv
