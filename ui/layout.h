@@ -98,6 +98,7 @@ struct PageModel {
     bool hasResult = false; // a successful build's numbers
     uint32_t crc = 0;
     bool signedResult = false;
+    SignatureInfo signature; // read back from the signed patcher
     uint32_t elapsedMs = 0;
     std::vector<ReadinessRow> readiness;
 

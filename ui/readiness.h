@@ -2,6 +2,7 @@
 // What the Derleme page says about the session: the readiness checklist, the page's state, the result texts,
 // and how a connection chip looks.
 
+#include "packager/signing.h"
 #include "ui/style.h"
 
 #include <cstdint>
@@ -10,6 +11,14 @@
 #include <vector>
 
 namespace nv::ui {
+
+// What the window found out about the chosen certificate source, beyond what the options say.
+struct SigningFacts {
+    bool signtoolFound = false;
+    bool pfxExists = false, pluginExists = false, metadataExists = false;
+    StoreCertificate store;     // the thumbprint looked up in its store
+    std::wstring unsetVariable; // a %NAME% of the operator's command that the environment does not hold
+};
 
 struct ReadinessInputs {
     bool skinLoaded = false;
@@ -20,8 +29,8 @@ struct ReadinessInputs {
     std::wstring outputPath; // field 1110
     bool outputFolderExists = false;
     std::wstring iconPath; // empty: the template's icon
-    bool signing = false;
-    std::wstring certificatePath; // field 1111
+    SigningOptions signing;
+    SigningFacts signingFacts;
     bool templateExists = false;
 };
 
@@ -32,6 +41,8 @@ struct ReadinessRow {
 };
 
 std::vector<ReadinessRow> readinessRows(const ReadinessInputs& inputs);
+// The "İmza" row: off, or whether the chosen source has what it needs, and what to do when it has not.
+ReadinessRow signingRow(const SigningOptions& signing, const SigningFacts& facts);
 // "N / 6 hazır".
 std::wstring readinessHeader(const std::vector<ReadinessRow>& rows);
 

@@ -92,6 +92,7 @@ PageModel BuilderApp::pageModel() const {
     m.hasResult = build_.succeeded() && !m.building;
     m.crc = build_.lastResult().crc32;
     m.signedResult = build_.lastResult().wasSigned;
+    m.signature = build_.lastResult().signature;
     m.elapsedMs = build_.elapsedMs();
 
     ReadinessInputs in;
@@ -104,8 +105,8 @@ PageModel BuilderApp::pageModel() const {
     const std::wstring folder = pathParent(trim(in.outputPath));
     in.outputFolderExists = !folder.empty() && folderExists(folder);
     in.iconPath = m.recipe.icon;
-    in.signing = m.recipe.signing.enabled;
-    in.certificatePath = m.recipe.signing.pfxPath;
+    in.signing = m.recipe.signing;
+    in.signingFacts = signingProbe_.facts(m.recipe.signing);
     in.templateExists = fileExists(templatePath_);
     m.readiness = readinessRows(in);
 
