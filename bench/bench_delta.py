@@ -118,9 +118,16 @@ def run_patcher(config_url, dest, connections, segment_mb):
     return elapsed
 
 
-def sent(server, since):
-    records = server.requests()[since:]
-    return sum(r["sent"] for r in records), len(server.requests())
+def timed_update(server, config_url, player, client, args, name):
+    """The patcher's run over player, checked against client: its time and the client bytes nginx sent."""
+    mark = len(server.requests())
+    seconds = run_patcher(config_url, player, args.connections, args.segment_mb)
+    records = server.requests()[mark:]
+    fetched = sum(r["sent"] for r in records if r["path"].startswith(("/client/data/", "/client/.nvindex/")))
+    wrong = same_tree(client, player)
+    if wrong:
+        sys.exit("%s: %s" % (name, wrong))
+    return seconds, fetched
 
 
 def main():
@@ -150,13 +157,7 @@ def main():
             insert(pack, 10 * MiB, random.Random(2).randbytes(1000))
             overwrite(pack, 40 * MiB, random.Random(3).randbytes(100 * 1024))
             publish(root, client, server.url)
-            _, mark = sent(server, 0)
-            seconds = run_patcher(config_url, player, args.connections, args.segment_mb)
-            records = server.requests()[mark:]
-            fetched = sum(r["sent"] for r in records if r["path"].startswith(("/client/data/", "/client/.nvindex/")))
-            wrong = same_tree(client, player)
-            if wrong:
-                sys.exit("insert: " + wrong)
+            seconds, fetched = timed_update(server, config_url, player, client, args, "insert")
             print("insert  64 MiB pack, 1,000 bytes inserted at 10 MiB, 100 KiB overwritten at 40 MiB")
             print("        fetched %d bytes (index included) in %.1f s: %.2f%% of the pack, %.2f MiB (goal: <= 1 MiB)"
                   % (fetched, seconds, 100.0 * fetched / (64 * MiB), fetched / MiB))
@@ -187,13 +188,7 @@ def main():
                 player = os.path.join(work, name)
                 copy_client(old, player)
                 subprocess.run(prepare[:3] + [player] + prepare[4:], check=True, timeout=600)
-                _, mark = sent(server, 0)
-                seconds = run_patcher(config_url, player, args.connections, args.segment_mb)
-                records = server.requests()[mark:]
-                fetched = sum(r["sent"] for r in records if r["path"].startswith(("/client/data/", "/client/.nvindex/")))
-                wrong = same_tree(client, player)
-                if wrong:
-                    sys.exit("%s: %s" % (name, wrong))
+                seconds, fetched = timed_update(server, config_url, player, client, args, name)
                 results[name] = (seconds, fetched)
                 print("        %-5s %.1f s, fetched %d MiB (%.2f%% of the client)"
                       % (name, seconds, fetched // MiB, 100.0 * fetched / total))
