@@ -9,7 +9,8 @@
 #   make run ARGS="inspect examples/skins/gece-mavisi"   nvbuild.exe under Wine, as ./nvbuild does
 #   make dist    the Windows programs in dist/
 #   make fuzz    run each fuzz target for FUZZ_SECONDS (default 120); findings go to fuzz/findings/
-#   make bench   run the benchmarks: natively (Release), then the Windows ones under Wine, then the download one
+#   make bench   run the benchmarks: natively (Release), then the Windows ones under Wine, then the download and
+#                delta ones
 #   make sample-skin  redraw the committed sample skin from its generator (installs Pillow and a font if missing)
 
 OUT          ?= out
@@ -101,6 +102,8 @@ bench: bench-build windows
 	 NV_BENCH_PATCHER="OUT=$(abspath $(OUT)) $(CURDIR)/bench/patcher_bench.sh run {config_url} {dest} {connections} {segment_mb}" \
 	 NV_BENCH_PATCHER_START="OUT=$(abspath $(OUT)) $(CURDIR)/bench/patcher_bench.sh start" \
 	 $(WITH_WINE) bench/bench_download.py
+	@echo "== delta updates (nginx, the patcher with and without chunk indexes)"
+	@OUT=$(abspath $(OUT)) $(WITH_WINE) bench/bench_delta.py
 
 # The sample skin is committed, so only a change to its generator needs this (and the packages below, which the
 # builds and CI never need). /usr/bin/python3 is named because Debian's Pillow belongs to Debian's Python.

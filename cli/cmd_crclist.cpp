@@ -7,11 +7,15 @@
 #include "core/paths.h"
 #include "core/text.h"
 #include "update/bookkeeping.h"
+#include "update/chunk_index.h"
 #include "update/file_list.h"
+#include "update/folder_files.h"
 #include "update/remote_config.h"
 
 #include <algorithm>
 #include <atomic>
+#include <optional>
+#include <set>
 #include <thread>
 
 namespace nv {
@@ -119,19 +123,44 @@ int commandCrclist(const Invocation& invocation, Console& console) {
     std::sort(walk.paths.begin(), walk.paths.end());
 
     // Files are read on several threads at once: a disk that serves parallel reads (any SSD) is kept busy.
+    // A large file is read once for both its CRC-32 and its chunk index.
+    const std::wstring indexFolder = pathJoin(root, utf8ToWide(std::string(update::kIndexFolder)));
+    if (!createFolders(indexFolder))
+        return failed(console, L"Yazılamadı: " + indexFolder + L" — " + systemErrorText(lastSystemError()));
+    std::unique_ptr<update::GameFiles> folder = update::openGameFolder(root);
     update::FileList list;
     list.files.resize(walk.paths.size());
+    std::vector<std::optional<update::IndexRef>> indexes(walk.paths.size());
     std::atomic<size_t> next{0};
     std::atomic<bool> failedRead{false};
+    const std::atomic<bool> never{false};
     std::vector<std::wstring> problems(walk.paths.size());
     auto hashAll = [&] {
         for (size_t i; !failedRead && (i = next++) < walk.paths.size();) {
             update::ListEntry& entry = list.files[i];
             entry.path = walk.paths[i];
-            std::wstring native = utf8ToWide(entry.path);
-            if (!fileCrc32(pathJoin(root, native), entry.crc, entry.size)) {
-                problems[i] =
-                    L"Okunamadı: " + pathJoin(root, native) + L" — " + systemErrorText(lastSystemError());
+            const std::wstring native = pathJoin(root, utf8ToWide(entry.path));
+            update::FileInfo info;
+            if (folder->info(entry.path, info) && info.size >= update::kIndexThreshold) {
+                update::ChunkIndex index;
+                update::FileError error;
+                if (!update::chunkFile(*folder, entry.path, update::kChunkParams, never, index, error)) {
+                    problems[i] = L"Okunamadı: " + native + L" — " + utf8ToWide(update::describe(error));
+                    failedRead = true;
+                    continue;
+                }
+                entry.size = index.fileSize;
+                entry.crc = index.fileCrc;
+                const std::string bytes = update::writeChunkIndex(index);
+                const std::wstring indexFile = pathJoin(root, utf8ToWide(update::indexPathFor(entry.path)));
+                if (!writeFileAtomic(indexFile, bytes.data(), bytes.size())) {
+                    problems[i] = L"Yazılamadı: " + indexFile + L" — " + systemErrorText(lastSystemError());
+                    failedRead = true;
+                    continue;
+                }
+                indexes[i] = update::IndexRef{bytes.size(), update::hash128(bytes.data(), bytes.size())};
+            } else if (!fileCrc32(native, entry.crc, entry.size)) {
+                problems[i] = L"Okunamadı: " + native + L" — " + systemErrorText(lastSystemError());
                 failedRead = true;
             }
         }
@@ -146,6 +175,25 @@ int commandCrclist(const Invocation& invocation, Console& console) {
     for (const std::wstring& problem : problems)
         if (!problem.empty()) return failed(console, problem);
 
+    // The list names each index; indexes of files no longer listed (or now too small) are removed, so that
+    // the folder as it is left is the one to upload.
+    std::set<std::string> kept;
+    uint64_t indexBytes = 0;
+    for (size_t i = 0; i < indexes.size(); ++i) {
+        if (!indexes[i]) continue;
+        list.comments.push_back(update::indexRefLine(list.files[i].path, *indexes[i]));
+        kept.insert(update::indexPathFor(list.files[i].path));
+        indexBytes += indexes[i]->size;
+    }
+    std::vector<FolderEntry> present;
+    if (listFolder(indexFolder, present))
+        for (const FolderEntry& entry : present)
+            if (const std::string path = std::string(update::kIndexFolder) + "/" + wideToUtf8(entry.name);
+                !entry.isFolder && path.ends_with(".nvx") && !kept.count(asciiLower(path))) {
+                update::FileError error;
+                folder->remove(path, error);
+            }
+
     const std::string text = update::writeFileList(list);
     if (!writeFileAtomic(out, text.data(), text.size()))
         return failed(console, L"Yazılamadı: " + out + L" — " + systemErrorText(lastSystemError()));
@@ -153,6 +201,8 @@ int commandCrclist(const Invocation& invocation, Console& console) {
     for (const update::ListEntry& entry : list.files)
         total += entry.size;
     console.outLine(out + L": " + std::to_wstring(list.files.size()) + L" dosya, " + sizeText(total));
+    console.outLine(indexFolder + L": " + std::to_wstring(kept.size()) + L" parça dizini, " +
+                    sizeText(indexBytes));
     console.outLine(L"crclist_crc32=" + widenAscii(update::crcText(Crc32::of(text.data(), text.size()))));
     return kExitOk;
 }
@@ -181,6 +231,9 @@ const Command kCrclistCommand{
     L"\n"
     L"Her satır: yol<TAB>boyut<TAB>crc32 (yollar '/' ile, UTF-8). Liste kendisini, patcher'ın bıraktığı\n"
     L"dosyaları (.nvpart, norvane.state, norvane*.log) ve .nvindex/ klasörünü hiçbir zaman içermez.\n"
+    L"1 MiB ve daha büyük her dosyanın parça dizini CLIENT_DIR/.nvindex/ altına yazılır (patcher değişen\n"
+    L"büyük dosyaların yalnız değişen parçalarını indirir); liste her dizini bir #nvindex satırıyla anar.\n"
+    L"Klasörle birlikte .nvindex/ de yüklenir. Listede artık olmayan dosyaların dizinleri silinir.\n"
     L"Dosyalar paralel okunur. Son satır, sunucu yapılandırmasına yapıştırılacak satırdır:\n"
     L"  crclist_crc32=XXXXXXXX\n"
     L"Patcher'ın kabul etmeyeceği bir ad (aygıt adı, Windows'un reddettiği karakter...) çıkış 1 ile "

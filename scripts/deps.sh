@@ -9,6 +9,7 @@ packages=(
     wine64 xvfb                     # running and testing the Windows programs
     googletest                      # GoogleTest sources, built for each target
     nlohmann-json3-dev              # JSON (header-only): the server feed
+    libxxhash-dev python3-xxhash    # XXH3-128 (header-only use): chunk hashes of delta updates; its Python referee
     libbenchmark-dev zlib1g-dev     # benchmarks (zlib is a yardstick there and a reference in tests only)
     clang libclang-rt-14-dev        # libFuzzer with the sanitizers
     clang-format                    # the formatting that `make test` checks

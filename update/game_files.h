@@ -62,6 +62,9 @@ public:
     // Opens a file for writing, creating its folders: emptied unless keep, which keeps what an earlier run
     // left (a resumed ".nvpart").
     virtual std::unique_ptr<PartFile> open(const std::string& path, bool keep, FileError& error) = 0;
+    // Opens an existing file for reading only (its write() fails), shared with programs that have it open:
+    // the old copy of a file whose unchanged chunks a delta update keeps.
+    virtual std::unique_ptr<PartFile> openRead(const std::string& path, FileError& error) = 0;
     // Moves a finished, flushed file over its target (replacing it; a read-only target is made writable
     // first) in one step that reaches the disk before it returns.
     virtual bool replace(const std::string& from, const std::string& to, FileError& error) = 0;

@@ -5,6 +5,8 @@
 #include "skin/settings.h"
 #include "update/bookkeeping.h"
 #include "update/checked_sink.h"
+#include "update/chunk_index.h"
+#include "update/delta_plan.h"
 #include "update/file_list.h"
 #include "update/local_state.h"
 #include "update/remote_config.h"
@@ -14,6 +16,9 @@
 #include <algorithm>
 #include <condition_variable>
 #include <deque>
+#include <functional>
+#include <map>
+#include <set>
 #include <mutex>
 #include <thread>
 
@@ -88,8 +93,49 @@ struct FileJob {
     uint64_t recordEnd = 0;
     std::atomic<bool> abandon{false};
     std::atomic<uint64_t> received{0}; // bytes of this file taken so far (resumed segments included)
+    std::atomic<uint64_t> fetchTotal{
+        0}; // what this file needs from the server: its size, or a delta's chunks
+
+    // A delta: the new file's index and its pieces in order, which then take the place of the segments
+    // (segmentDone, segmentCrc and segmentsLeft count pieces).
+    std::shared_ptr<const ChunkIndex> index;
+    uint64_t indexBytes = 0;
+    std::vector<DeltaPiece> pieces;
 
     bool segmented() const { return !segmentDone.empty() && !oneStream; }
+    ByteRange pieceRange(size_t i) const {
+        return pieces.empty() ? segmentRange(*size, segmentBytes, i) : pieces[i].target;
+    }
+};
+
+// Follows a fetched range chunk by chunk: each chunk's bytes must have the hash the index gives it.
+class ChunkCheck {
+public:
+    ChunkCheck(const ChunkIndex& index, size_t firstChunk) : index_(index), chunk_(firstChunk) {}
+
+    bool take(const uint8_t* data, size_t size) {
+        while (size > 0) {
+            if (chunk_ >= index_.chunks.size()) return false;
+            const Chunk& chunk = index_.chunks[chunk_];
+            const size_t n = size_t(std::min<uint64_t>(size, chunk.length - filled_));
+            hasher_.update(data, n);
+            filled_ += n;
+            data += n, size -= n;
+            if (filled_ == chunk.length) {
+                if (hasher_.digest() != chunk.hash) return false;
+                hasher_.reset();
+                filled_ = 0;
+                ++chunk_;
+            }
+        }
+        return true;
+    }
+
+private:
+    const ChunkIndex& index_;
+    size_t chunk_;
+    uint64_t filled_ = 0;
+    Hasher128 hasher_;
 };
 
 struct Task {
@@ -152,19 +198,26 @@ private:
 
     bool fetchConfig(RemoteConfig& config);
     bool noticeAccepted(const std::string& notice);
-    bool fetchSmall(const std::string& url, uint64_t limit, Bytes& body, FetchOutcome& outcome);
+    bool fetchSmall(const std::string& url, uint64_t limit, Bytes& body, FetchOutcome& outcome,
+                    bool noCache = true);
     bool selfUpdate(const RemoteConfig& config, UpdateResult& result);
     bool fetchList(const RemoteConfig& config, FileList& list);
     bool skipped(const ListEntry& entry) const;
     void check(const FileList& list, std::vector<const ListEntry*>& toFetch);
-    void download(const std::vector<const ListEntry*>& toFetch, const std::string& base);
+    void download(const std::vector<const ListEntry*>& toFetch, const std::string& base,
+                  const std::map<std::string, IndexRef>& indexes);
     std::unique_ptr<FileJob> makeJob(const ListEntry& entry);
+    void inParallel(size_t count, int threads, const std::function<void(size_t)>& work);
+    void prepareDeltas(const std::map<std::string, IndexRef>& indexes);
+    std::shared_ptr<const ChunkIndex> fetchIndex(const FileJob& job, const IndexRef& ref);
+    void planJob(FileJob& job, const LocalChunks& local, const std::vector<std::string>& sources);
     void resume(FileJob& job);
     void worker();
     void runTask(const Task& task);
     void fetchSegment(FileJob& job, size_t index);
     void fetchWhole(FileJob& job);
     void switchToOneStream(FileJob& job);
+    void wholeFromNowOn(FileJob& job);
     void finishJob(FileJob& job, uint32_t crc);
     void putInPlace(FileJob& job);
     void settleInUse();
@@ -197,10 +250,13 @@ private:
     std::string patcherUrl_;
     uint64_t segmentBytes_ = 0;
     std::vector<std::unique_ptr<FileJob>> jobs_;
-    uint64_t bytesTotal_ = 0;
+    std::atomic<uint64_t> bytesTotal_{0};
     std::atomic<FileJob*> current_{nullptr};
     std::atomic<uint64_t> bytesTaken_{0};
     std::atomic<size_t> filesFetched_{0};
+    std::atomic<size_t> deltaFiles_{0};
+    std::vector<std::string> unlisted_;
+    std::atomic<uint64_t> bytesSaved_{0};
 
     std::mutex queueMutex_;
     std::condition_variable queueChanged_;
@@ -250,7 +306,7 @@ Progress Run::snapshot() {
     if (FileJob* job = current_.load()) {
         p.currentFile = job->path;
         p.currentDone = job->received;
-        p.currentSize = job->size.value_or(0);
+        p.currentSize = job->fetchTotal;
     }
     const Clock::time_point now = Clock::now();
     samples_.emplace_back(now, p.bytesDone);
@@ -296,7 +352,7 @@ UpdateResult Run::execute() {
     std::vector<const ListEntry*> toFetch;
     if (fetchConfig(config) && !selfUpdate(config, result) && !stopping() && fetchList(config, list)) {
         check(list, toFetch);
-        if (!stopping() && !toFetch.empty()) download(toFetch, config.crcpatchUrl);
+        if (!stopping() && !toFetch.empty()) download(toFetch, config.crcpatchUrl, indexRefs(list));
     }
 
     {
@@ -308,6 +364,8 @@ UpdateResult Run::execute() {
 
     result.filesFetched = filesFetched_;
     result.bytesFetched = bytesTaken_;
+    result.deltaFiles = deltaFiles_;
+    result.bytesSaved = bytesSaved_;
     if (result.outcome == Outcome::SelfUpdate) return result;
     if (refused_ && !cancel_.load()) {
         result.outcome = Outcome::Refused;
@@ -321,19 +379,23 @@ UpdateResult Run::execute() {
         result.outcome = Outcome::UpToDate;
         setStep(Step::Done);
         log_.line("Oyun guncel: " + std::to_string(result.filesFetched) + " dosya indirildi, " +
-                  std::to_string(result.bytesFetched) + " bayt.");
+                  std::to_string(result.bytesFetched) + " bayt" +
+                  (result.deltaFiles ? "; " + std::to_string(result.deltaFiles) + " dosya fark olarak, " +
+                                           std::to_string(result.bytesSaved) + " bayt indirilmedi."
+                                     : "."));
     }
     return result;
 }
 
-bool Run::fetchSmall(const std::string& url, uint64_t limit, Bytes& body, FetchOutcome& outcome) {
+bool Run::fetchSmall(const std::string& url, uint64_t limit, Bytes& body, FetchOutcome& outcome,
+                     bool noCache) {
     for (int attempt = 1;; ++attempt) {
         body.clear();
         CheckedSink sink({std::nullopt, std::nullopt, limit}, [&](const uint8_t* data, size_t size) {
             body.insert(body.end(), data, data + size);
             return true;
         });
-        HttpRequest httpRequest{url, std::nullopt, true};
+        HttpRequest httpRequest{url, std::nullopt, noCache};
         outcome = sink.finish(transport_.get(httpRequest, sink, stop_));
         if (outcome.ok()) return true;
         if (outcome.fault == FetchFault::Cancelled || stopping()) return false;
@@ -503,6 +565,13 @@ void Run::check(const FileList& list, std::vector<const ListEntry*>& toFetch) {
     }
     const size_t count = list.files.size();
     checkTotal_ = count;
+    // Large files the last run verified that the list no longer names (a pack renamed on the server): a delta
+    // may take its chunks from them.
+    std::set<std::string> listed;
+    for (const ListEntry& entry : list.files)
+        listed.insert(asciiLower(entry.path));
+    for (const auto& [path, file] : known)
+        if (file.size >= kIndexThreshold && !listed.count(asciiLower(path))) unlisted_.push_back(path);
     std::vector<char> fetch(count, 0);
     std::atomic<size_t> next{0};
     std::atomic<size_t> read{0};
@@ -586,6 +655,7 @@ std::unique_ptr<FileJob> Run::makeJob(const ListEntry& entry) {
     job->record = entry.path + std::string(kResumeSuffix);
     job->size = entry.size;
     job->crc = entry.crc;
+    job->fetchTotal = entry.size;
     if (isSegmented(entry.size, segmentBytes_)) {
         const size_t count = segmentCount(entry.size, segmentBytes_);
         job->segmentBytes = segmentBytes_;
@@ -641,6 +711,211 @@ void Run::resume(FileJob& job) {
     if (!job.file) fail(fileFailure(error, FailureKind::CreateFailed));
 }
 
+void Run::inParallel(size_t count, int threads, const std::function<void(size_t)>& work) {
+    std::atomic<size_t> next{0};
+    const size_t n = std::min<size_t>(size_t(std::max(threads, 1)), count);
+    std::vector<std::thread> pool;
+    for (size_t t = 0; t < n; ++t)
+        pool.emplace_back([&] {
+            for (size_t i; !stopping() && (i = next++) < count;)
+                work(i);
+        });
+    for (std::thread& thread : pool)
+        thread.join();
+}
+
+// Files that changed and have an index on the server come as deltas when the player's files already hold
+// enough of their chunks: the indexes are fetched, the old copies chunked, and what they share with the new
+// files copied into the parts before any range is fetched (so no old file is replaced while it is read).
+void Run::prepareDeltas(const std::map<std::string, IndexRef>& indexes) {
+    std::vector<FileJob*> candidates;
+    std::vector<std::string> sources;
+    uint64_t orphanBytes = 0; // of the files that have no old copy of their own
+    for (const auto& job : jobs_) {
+        if (!indexes.count(job->path) || *job->size < kIndexThreshold) continue;
+        candidates.push_back(job.get());
+        FileInfo info;
+        if (files_.info(job->path, info) && info.exists && !info.isFolder && info.size > 0)
+            sources.push_back(job->path);
+        else
+            orphanBytes += *job->size;
+    }
+    // Files the list dropped are read only for files that lack an old copy, and never much more than those
+    // files hold: reading must stay cheaper than what it can save.
+    uint64_t unlistedBytes = 0;
+    for (const std::string& path : unlisted_) {
+        FileInfo info;
+        if (orphanBytes == 0 || !files_.info(path, info) || !info.exists || info.isFolder ||
+            unlistedBytes + info.size > 2 * orphanBytes)
+            continue;
+        unlistedBytes += info.size;
+        sources.push_back(path);
+    }
+    // Without an old copy there is nothing to keep: the files come whole, and no index is fetched.
+    if (candidates.empty() || sources.empty()) return;
+    log_.line("Fark guncellemesi: " + std::to_string(candidates.size()) + " dosyanin parca dizini aliniyor");
+    const int connections = std::clamp(request_.connections, kMinConnections, kMaxConnections);
+    inParallel(candidates.size(), connections, [&](size_t i) {
+        FileJob& job = *candidates[i];
+        job.index = fetchIndex(job, indexes.at(job.path));
+        job.indexBytes = indexes.at(job.path).size;
+    });
+    if (stopping()) return;
+    ChunkParams params;
+    bool any = false;
+    for (FileJob* job : candidates)
+        if (job->index && !any) params = job->index->params, any = true;
+    if (!any) return;
+
+    std::vector<std::vector<Chunk>> chunks(sources.size());
+    const int readers = request_.checkThreads > 0
+                            ? request_.checkThreads
+                            : int(std::clamp(std::thread::hardware_concurrency(), 1u, 4u));
+    inParallel(sources.size(), readers, [&](size_t i) {
+        ChunkIndex local;
+        FileError error;
+        if (chunkFile(files_, sources[i], params, stop_, local, error))
+            chunks[i] = std::move(local.chunks);
+        else if (!stopping())
+            log_.line(sources[i] + ": parcalanamadi (" + describe(error) + ")");
+    });
+    if (stopping()) return;
+    LocalChunks local;
+    for (size_t i = 0; i < sources.size(); ++i)
+        local.add(uint32_t(i), chunks[i]);
+    chunks.clear();
+    inParallel(candidates.size(), readers, [&](size_t i) {
+        FileJob& job = *candidates[i];
+        if (!job.index) return;
+        if (!(job.index->params == params)) {
+            log_.line(job.path + ": parca dizini baska parca boyutlariyla yazilmis; dosya tam indirilecek");
+            job.index.reset();
+            return;
+        }
+        planJob(job, local, sources);
+    });
+}
+
+// The index as the list names it (size and hash), describing the listed file; null (and the file comes whole)
+// otherwise. Fetched plainly first, so that a CDN keeps it; past the caches once more when it is not the
+// list's, as a CDN may still hold an older one.
+std::shared_ptr<const ChunkIndex> Run::fetchIndex(const FileJob& job, const IndexRef& ref) {
+    const std::string url = fileUrl(base_, indexPathFor(job.path));
+    Bytes body;
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        FetchOutcome outcome;
+        const bool fetched = fetchSmall(attempt == 0 ? url : cacheBusted(url, request_.cacheToken), ref.size,
+                                        body, outcome, attempt > 0);
+        bytesTaken_ += body.size();
+        if (!fetched) {
+            if (!stopping()) log_.line(job.path + ": parca dizini alinamadi (" + outcome.detail + ")");
+            return nullptr;
+        }
+        if (body.size() == ref.size && hash128(body.data(), body.size()) == ref.hash) break;
+        log_.line(job.path + ": parca dizini listedekiyle uyusmuyor" + (attempt == 0 ? "; yeniden" : ""));
+        if (attempt == 1) return nullptr;
+    }
+    auto index = std::make_shared<ChunkIndex>();
+    std::string error;
+    if (!parseChunkIndex(std::string_view(reinterpret_cast<const char*>(body.data()), body.size()), *index,
+                         error)) {
+        log_.line(job.path + ": parca dizini gecersiz (" + error + ")");
+        return nullptr;
+    }
+    if (index->fileSize != *job.size || index->fileCrc != job.crc) {
+        log_.line(job.path + ": parca dizini listedeki dosyayi anlatmiyor");
+        return nullptr;
+    }
+    return index;
+}
+
+// One file's delta: what an interrupted run already left in its part is checked chunk by chunk and kept,
+// the chunks found in the player's files are copied in, and the rest becomes ranges to fetch. A delta that
+// would not save enough is dropped (the index stays unused) and the file comes in the usual way.
+void Run::planJob(FileJob& job, const LocalChunks& local, const std::vector<std::string>& sources) {
+    const ChunkIndex& index = *job.index;
+    FileError error;
+    FileInfo partInfo;
+    files_.info(job.part, partInfo);
+    const bool keepPart = partInfo.exists && !partInfo.isFolder && partInfo.size <= *job.size;
+    std::unique_ptr<PartFile> part;
+    std::vector<char> present;
+    std::vector<uint32_t> chunkCrc(index.chunks.size(), 0);
+    std::vector<uint8_t> buffer(1u << 20);
+    if (keepPart && partInfo.size > 0 && (part = files_.open(job.part, true, error))) {
+        present.assign(index.chunks.size(), 0);
+        for (size_t i = 0; i < index.chunks.size() && !stopping(); ++i) {
+            const Chunk& chunk = index.chunks[i];
+            if (chunk.offset + chunk.length > partInfo.size || local.find(chunk.hash)) continue;
+            if (!part->read(chunk.offset, buffer.data(), chunk.length, error)) break;
+            if (hash128(buffer.data(), chunk.length) != chunk.hash) continue;
+            present[i] = 1;
+            chunkCrc[i] = Crc32::of(buffer.data(), chunk.length);
+        }
+    }
+    const DeltaPlan plan = planDelta(index, local, present, segmentBytes_);
+    if (stopping()) return;
+    if (!deltaPays(plan, *job.size, job.indexBytes)) {
+        log_.line(job.path + ": fark yetersiz (" + std::to_string(plan.fetchBytes) + " / " +
+                  std::to_string(*job.size) + " bayt); dosya tam indirilecek");
+        job.index.reset();
+        return;
+    }
+    if (!part) part = files_.open(job.part, keepPart, error);
+    if (!part) return fail(fileFailure(error, FailureKind::CreateFailed));
+
+    std::vector<char> done(plan.pieces.size(), 0);
+    std::vector<uint32_t> doneCrc(plan.pieces.size(), 0);
+    size_t left = plan.pieces.size();
+    std::map<uint32_t, std::unique_ptr<PartFile>> opened;
+    for (size_t p = 0; p < plan.pieces.size() && !stopping(); ++p) {
+        const DeltaPiece& piece = plan.pieces[p];
+        uint32_t crc = 0;
+        if (piece.kind == PieceKind::Fetch) continue;
+        if (piece.kind == PieceKind::Keep) {
+            crc = chunkCrc[piece.firstChunk];
+            for (size_t c = piece.firstChunk + 1; c < piece.firstChunk + piece.chunkCount; ++c)
+                crc = crc32Combine(crc, chunkCrc[c], index.chunks[c].length);
+        } else {
+            std::unique_ptr<PartFile>& source = opened[piece.source];
+            if (!source) source = files_.openRead(sources[piece.source], error);
+            PartWriter writer(*part, piece.target.first);
+            bool read = source != nullptr;
+            for (uint64_t at = 0; read && at < piece.target.length();) {
+                const size_t n = size_t(std::min<uint64_t>(buffer.size(), piece.target.length() - at));
+                read = source->read(piece.sourceOffset + at, buffer.data(), n, error);
+                if (read && !writer.take(buffer.data(), n))
+                    return fail(fileFailure(writer.error(), FailureKind::WriteFailed));
+                at += n;
+            }
+            if (!read) {
+                // The old file changed under us: the file comes the usual way instead.
+                log_.line(job.path + ": yerel parca okunamadi (" + describe(error) +
+                          "); dosya tam indirilecek");
+                job.index.reset();
+                return;
+            }
+            if (!writer.drain()) return fail(fileFailure(writer.error(), FailureKind::WriteFailed));
+            crc = writer.crc();
+        }
+        done[p] = 1;
+        doneCrc[p] = crc;
+        --left;
+    }
+    if (stopping()) return;
+    files_.remove(job.record, error); // the part is the delta's now: no segment record describes it
+    job.pieces = plan.pieces;
+    job.segmentDone = std::move(done);
+    job.segmentCrc = std::move(doneCrc);
+    job.segmentsLeft = left;
+    job.fetchTotal = plan.fetchBytes;
+    job.file = std::move(part);
+    log_.line(job.path + ": fark guncellemesi, " + std::to_string(plan.copyBytes) +
+              " bayt yerel dosyalardan, " + std::to_string(plan.keepBytes) + " bayt onceki calismadan, " +
+              std::to_string(plan.fetchBytes) + " bayt " + std::to_string(plan.fetchRequests) +
+              " istekle indirilecek");
+}
+
 void Run::push(Task task, bool front) {
     {
         std::lock_guard lock(queueMutex_);
@@ -649,19 +924,26 @@ void Run::push(Task task, bool front) {
     queueChanged_.notify_one();
 }
 
-void Run::download(const std::vector<const ListEntry*>& toFetch, const std::string& base) {
+void Run::download(const std::vector<const ListEntry*>& toFetch, const std::string& base,
+                   const std::map<std::string, IndexRef>& indexes) {
     base_ = base;
     segmentBytes_ = uint64_t(std::clamp(request_.segmentMb, kMinSegmentMb, kMaxSegmentMb)) << 20;
-    for (const ListEntry* entry : toFetch) {
+    for (const ListEntry* entry : toFetch)
         jobs_.push_back(makeJob(*entry));
-        bytesTotal_ += entry->size;
-    }
+    prepareDeltas(indexes);
+    if (stopping()) return cleanUp();
+    for (const auto& job : jobs_)
+        bytesTotal_ += job->fetchTotal;
     setStep(Step::Download);
     log_.line("Indirilecek: " + std::to_string(jobs_.size()) + " dosya, " + std::to_string(bytesTotal_) +
               " bayt");
     for (const auto& job : jobs_) {
         if (stopping()) break;
-        if (job->segmented()) {
+        if (job->index) {
+            for (size_t i = 0; i < job->segmentDone.size(); ++i)
+                if (!job->segmentDone[i]) push({job.get(), long(i)});
+            if (job->segmentsLeft == 0) push({job.get(), -2});
+        } else if (job->segmented()) {
             resume(*job);
             for (size_t i = 0; i < job->segmentDone.size(); ++i)
                 if (!job->segmentDone[i]) push({job.get(), long(i)});
@@ -708,7 +990,7 @@ void Run::runTask(const Task& task) {
         // Every segment is in: the file's checksum from theirs, without reading it again.
         uint32_t crc = job.segmentCrc[0];
         for (size_t i = 1; i < job.segmentCrc.size(); ++i)
-            crc = crc32Combine(crc, job.segmentCrc[i], segmentRange(*job.size, job.segmentBytes, i).length());
+            crc = crc32Combine(crc, job.segmentCrc[i], job.pieceRange(i).length());
         finishJob(job, crc);
     } else if (task.segment >= 0) {
         fetchSegment(job, size_t(task.segment));
@@ -723,19 +1005,26 @@ void Run::fetchSegment(FileJob& job, size_t index) {
         if (job.oneStream || job.done) return;
         ++job.inflight;
     }
-    const ByteRange range = segmentRange(*job.size, job.segmentBytes, index);
+    const ByteRange range = job.pieceRange(index);
     const std::string url = fileUrl(base_, job.path);
     bool finished = false;
     uint32_t segmentCrc = 0;
     for (int attempt = 1; !stopping(); ++attempt) {
         PartWriter writer(*job.file, range.first);
         uint64_t taken = 0;
+        std::optional<ChunkCheck> check;
+        if (job.index) check.emplace(*job.index, job.pieces[index].firstChunk);
+        bool corrupt = false;
         CheckedSink sink(
             {range, job.size, 0},
             [&](const uint8_t* data, size_t size) {
                 taken += size;
                 job.received += size;
                 bytesTaken_ += size;
+                if (check && !check->take(data, size)) {
+                    corrupt = true;
+                    return false;
+                }
                 return writer.take(data, size);
             },
             &job.abandon);
@@ -748,6 +1037,14 @@ void Run::fetchSegment(FileJob& job, size_t index) {
             break;
         }
         job.received -= taken;
+        if (corrupt) {
+            // The server's bytes are not those of the index: a stale or damaged copy of the file or of its
+            // index. The file comes whole, and is verified whole.
+            log_.line(job.path + " [" + std::to_string(range.first) + "-" + std::to_string(range.last) +
+                      "]: parca dizindekiyle uyusmuyor; dosya tam indirilecek");
+            switchToOneStream(job);
+            break;
+        }
         if (outcome.fault == FetchFault::Consumer) {
             fail(fileFailure(writer.error(), FailureKind::WriteFailed));
             break;
@@ -805,7 +1102,15 @@ void Run::switchToOneStream(FileJob& job) {
         job.oneStream = true;
         job.abandon = true;
     }
+    wholeFromNowOn(job);
     push({&job, -1}, true);
+}
+
+// A delta that falls back to the whole file: the progress's total grows by what it no longer saves.
+void Run::wholeFromNowOn(FileJob& job) {
+    if (!job.index || !job.size || job.fetchTotal >= *job.size) return;
+    bytesTotal_ += *job.size - job.fetchTotal;
+    job.fetchTotal = *job.size;
 }
 
 void Run::fetchWhole(FileJob& job) {
@@ -879,6 +1184,7 @@ void Run::finishJob(FileJob& job, uint32_t crc) {
                 std::lock_guard lock(job.mutex);
                 job.oneStream = true;
             }
+            wholeFromNowOn(job);
             push({&job, -1}, true);
             return;
         }
@@ -910,9 +1216,18 @@ void Run::putInPlace(FileJob& job) {
         ++filesDone_;
         ++filesFetched_;
         job.inUse = false;
-        log_.line("Yenilendi: " + job.path + " (" + std::to_string(job.size.value_or(0)) + " bayt)");
+        const uint64_t size = job.size.value_or(0);
+        const bool delta = job.index && !job.oneStream;
+        const uint64_t fetched = job.received + job.indexBytes;
+        if (delta) {
+            ++deltaFiles_;
+            bytesSaved_ += size - std::min(size, fetched);
+        }
+        log_.line("Yenilendi: " + job.path + " (" + std::to_string(size) + " bayt" +
+                  (delta ? ", fark: " + std::to_string(fetched) + " bayt indirildi)" : ")"));
         std::lock_guard lock(observerMutex_);
-        observer_.fileFinished(job.path, job.size.value_or(0));
+        if (delta) observer_.deltaApplied(job.path, size, fetched);
+        observer_.fileFinished(job.path, size);
         return;
     }
     if (error.fault == FileFault::InUse) {
@@ -971,9 +1286,13 @@ void Run::cleanUp() {
         const bool placed = job->done && !job->inUse;
         if (placed) continue;
         // A full disk needs its space back more than the next run needs the segments.
+        // A delta's copied pieces are quickly copied again; only what came from the server (now or before)
+        // is worth keeping.
+        bool anyDone = false;
+        for (size_t i = 0; i < job->segmentDone.size(); ++i)
+            anyDone |= job->segmentDone[i] && (job->pieces.empty() || job->pieces[i].kind != PieceKind::Copy);
         const bool resumable =
-            failure_.kind != FailureKind::DiskFull && !job->done && job->segmented() &&
-            std::any_of(job->segmentDone.begin(), job->segmentDone.end(), [](char d) { return d; });
+            failure_.kind != FailureKind::DiskFull && !job->done && job->segmented() && anyDone;
         if (resumable) {
             log_.line(job->path + ": bitmis parcalar sonraki calismaya kaldi");
             continue;

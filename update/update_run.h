@@ -40,7 +40,7 @@ enum class Step { Config, SelfUpdate, List, Check, Download, Done };
 struct Progress {
     Step step = Step::Config;
     uint64_t filesDone = 0, filesTotal = 0; // Check: files checked; Download: files finished
-    uint64_t bytesDone = 0, bytesTotal = 0; // Download: bytes of the files to fetch
+    uint64_t bytesDone = 0, bytesTotal = 0; // Download: bytes to fetch (a delta's changed chunks only)
     std::string currentFile;                // Download: the file most recently started that is not done
     uint64_t currentDone = 0, currentSize = 0;
     double bytesPerSecond = 0; // over the last few seconds; 0 while unknown
@@ -83,6 +83,8 @@ struct UpdateResult {
     std::string newPatcher;    // SelfUpdate: the verified new patcher, beside the running one (a ".nvpart")
     size_t filesFetched = 0;   // files replaced by this run
     uint64_t bytesFetched = 0; // body bytes taken by this run
+    size_t deltaFiles = 0;     // files of those brought up to date by fetching only their changed chunks
+    uint64_t bytesSaved = 0;   // what those did not have to fetch (their sizes less what they fetched)
 };
 
 // The player's side of the run. Every call comes from one of the run's threads, one call at a time.
@@ -93,6 +95,9 @@ public:
     virtual void progress(const Progress&) {}
     // A file was verified and put in place.
     virtual void fileFinished(const std::string& /*path*/, uint64_t /*size*/) {}
+    // Said just before fileFinished for a file that came as a delta: fetched of its size came from the server
+    // (its index included), the rest from the player's own files.
+    virtual void deltaApplied(const std::string& /*path*/, uint64_t /*size*/, uint64_t /*fetched*/) {}
     // Downloaded files wait because other programs hold the files they replace (full paths given). True: try
     // again (the observer may first have closed those programs); false: give up (NV_FILE_IN_USE).
     virtual bool retryInUse(const std::vector<std::wstring>& /*paths*/) { return false; }

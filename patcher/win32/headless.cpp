@@ -66,6 +66,10 @@ public:
         output_.out(utf8ToWide(text));
         return acceptNotice_;
     }
+    void deltaApplied(const std::string& path, uint64_t size, uint64_t fetched) override {
+        output_.out(L"  " + utf8ToWide(path) + L"  fark: " + sizeText(fetched) + L" indirildi, " +
+                    sizeText(size > fetched ? size - fetched : 0) + L" yerel dosyalardan");
+    }
 
 private:
     const Output& output_;
@@ -98,6 +102,10 @@ int runHeadless(const PatcherScene& scene, const UpdateSource& source, const Pat
                                                           observer, session.log, gCancel);
     switch (result.outcome) {
     case update::Outcome::UpToDate:
+        if (result.deltaFiles > 0)
+            output.out(L"Fark güncellemesi: " + std::to_wstring(result.deltaFiles) + L" dosya, " +
+                       sizeText(result.bytesSaved) + L" indirilmedi (toplam indirilen " +
+                       sizeText(result.bytesFetched) + L")");
         output.out(sceneText(scene, "NV_UP_TO_DATE"));
         return 0;
     case update::Outcome::Cancelled:

@@ -137,6 +137,9 @@ public:
         if (!file || diskFullAfter == 0 || !path.ends_with(kPartSuffix)) return file;
         return std::make_unique<FillingPart>(std::move(file), *this, path);
     }
+    std::unique_ptr<PartFile> openRead(const std::string& path, FileError& error) override {
+        return real_->openRead(path, error);
+    }
     bool replace(const std::string& from, const std::string& to, FileError& error) override {
         if (to == inUsePath && inUseTimes != 0) {
             if (inUseTimes > 0) --inUseTimes;

@@ -139,6 +139,15 @@ public:
         return std::make_unique<PosixPart>(fd, path);
     }
 
+    std::unique_ptr<PartFile> openRead(const std::string& path, FileError& error) override {
+        const int fd = ::open(native(path).c_str(), O_RDONLY | O_CLOEXEC);
+        if (fd < 0) {
+            failWith(error, path);
+            return nullptr;
+        }
+        return std::make_unique<PosixPart>(fd, path);
+    }
+
     bool replace(const std::string& from, const std::string& to, FileError& error) override {
         const std::string target = native(to);
         struct stat st;

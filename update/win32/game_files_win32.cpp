@@ -150,6 +150,17 @@ public:
         return std::make_unique<WinPart>(handle, path);
     }
 
+    std::unique_ptr<PartFile> openRead(const std::string& path, FileError& error) override {
+        HANDLE handle = CreateFileW(full(path).c_str(), GENERIC_READ,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (handle == INVALID_HANDLE_VALUE) {
+            failWith(error, path, Operation::Create);
+            return nullptr;
+        }
+        return std::make_unique<WinPart>(handle, path);
+    }
+
     bool replace(const std::string& from, const std::string& to, FileError& error) override {
         const std::wstring target = full(to);
         const DWORD attributes = GetFileAttributesW(target.c_str());

@@ -12,6 +12,7 @@ ports, all serving one fresh folder, and hands the program their addresses in it
     NV_FAULT_URL      the fault server (fault_server.py), http
     NV_FAULT_TLS_URL  the same server over https with a self-signed certificate no system trusts
     NV_NGINX_URL      nginx (nginx_harness.py), each connection limited to --limit-rate if given
+    NV_NGINX_LOG      nginx's access log: one JSON record a request (path, range, status, bytes sent)
 
 The servers stop and the folder goes on every way out: the program's end, a time-out (the program's process
 group is killed), Ctrl-C. The exit status is the program's (124 after a time-out).
@@ -101,6 +102,7 @@ def main():
             os.makedirs(nginx_work)
             servers.append(Nginx(root, nginx_work, args.limit_rate).start())
             env["NV_NGINX_URL"] = servers[-1].url
+            env["NV_NGINX_LOG"] = servers[-1].access_log  # one JSON record a request, bytes sent included
         status = run(command, env, args.timeout)
     except KeyboardInterrupt:
         status = 130
