@@ -220,8 +220,9 @@ void layoutDavranis(Ctx& ctx) {
         card.gap(h + sp.labelGap);
     };
     label(download, L"Eşzamanlı bağlantı");
-    const int chipWidth = ctx.s(36);
+    // The eight chips narrow on a narrow column rather than run past the card.
     const int chipGap = ctx.s(6);
+    const int chipWidth = std::min(ctx.s(36), (download.width() - 7 * chipGap) / 8);
     for (int n = kMinConnections; n <= kMaxConnections; ++n) {
         const int x = download.left() + (n - 1) * (chipWidth + chipGap);
         Block chip{.kind = BlockKind::Chip,
