@@ -8,6 +8,7 @@
 #include "readers/image.h"
 #include "recipe/recipe.h"
 #include "skin/workspace.h"
+#include "ui/focus.h"
 #include "ui/layout.h"
 #include "ui/win32/build_runner.h"
 #include "ui/win32/draw.h"
@@ -77,6 +78,7 @@ public:
     // --- What the window shows, for the commands and for tests
     // ---------------------------------------------
     int section() const { return section_; }
+    int pageScroll() const { return pageScroll_; }
     int linkPage() const { return linkPage_; }
     int linkPages() const { return layout_.linkPages; }
     const std::wstring& status() const { return status_; }
@@ -93,6 +95,20 @@ public:
 
     // Every clicked item ends here (item numbers of ui/sections.h).
     void runCommand(int item, int sub);
+
+    // --- The keyboard (keyboard.cpp)
+    // ------------------------------------------------------------------------------
+    // A key on its way to the window or one of its fields, before the dialog-style handling: Tab and
+    // Shift+Tab through every stop, Ctrl+1...6 and Ctrl+PgUp/PgDn for the sections, Ctrl+B to build, and on
+    // the window's own items Space/Enter, the arrows and the page's scroll keys. True when it was used.
+    bool preTranslate(const MSG& msg);
+    bool onKey(HWND target, UINT key, bool ctrl, bool shift);
+    // Where the keyboard's focus is, as a stop of the focus chain (kind Item with kItemNone for none).
+    FocusStop focusedStop() const;
+    // Moves the focus to a stop, scrolling the page to show it.
+    void focusStop(const FocusStop& stop);
+    // Scrolls the form column to an offset (kept to its range).
+    void scrollPageTo(int offset);
     // Loads a skin source into the working skin and the fields. In restore mode the status line is left to
     // the caller.
     bool loadSkin(const std::wstring& path, bool restoreMode);
@@ -118,6 +134,9 @@ private:
     LRESULT handleMessage(UINT message, WPARAM wParam, LPARAM lParam);
     void onMouseMove(int x, int y);
     void onWheel(int delta);
+    // The page's scroll bar: a press on it (true when it took the press), the thumb dragged, let go.
+    bool onPageBarDown(int x, int y);
+    void onPageBarDrag(int y);
     void onEditCommand(int id, int code);
     // Commands that open dialogs, use the clipboard or start programs.
     void chooseSkin(bool folder);
@@ -143,7 +162,12 @@ private:
     std::wstring templatePath_;
 
     int section_ = kKaynak;
+    int pageScroll_ = 0;
     int linkPage_ = 0;
+    // The self-drawn item that the keyboard works on while the window itself has the focus.
+    int focusItem_ = kItemNone, focusSub_ = 0;
+    bool barDragging_ = false;
+    int barDragY_ = 0, barDragOffset_ = 0;
     int hoverItem_ = kItemNone, hoverSub_ = 0;
     int pressedItem_ = kItemNone, pressedSub_ = 0;
     std::wstring status_;

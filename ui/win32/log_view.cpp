@@ -1,5 +1,7 @@
 #include "ui/win32/log_view.h"
 
+#include "ui/win32/block_painters.h"
+
 #include <windowsx.h>
 
 namespace nv::ui::win {
@@ -83,12 +85,12 @@ void LogView::paint(HDC dc) {
     const LogScrollBar bar = log_.scrollBar();
     if (!bar.visible) return;
     const int right = area.right - s(3);
-    const Rect track{right - s(3), bar.trackTop, right, bar.trackBottom};
-    fillRoundRect(dc, track, float(s(3)) / 2, blend(color::kHairline, color::kWhite, 40));
     const Rgb thumbColor = dragging_   ? color::kThumbActive
                            : hoverBar_ ? blend(color::kThumb, color::kMuted, 50)
                                        : color::kThumb;
-    fillRoundRect(dc, {track.left, bar.thumbTop, track.right, bar.thumbBottom}, float(s(3)) / 2, thumbColor);
+    paintThinScrollBar(dc, {right - s(3), bar.trackTop, right, bar.trackBottom},
+                       {true, bar.trackTop, bar.trackBottom, bar.thumbTop, bar.thumbBottom}, thumbColor,
+                       dpi_);
 }
 
 bool LogView::overScrollBar(int x) const {

@@ -138,7 +138,9 @@ bool BuilderApp::createWindow() {
 int BuilderApp::messageLoop() {
     MSG msg{};
     while (GetMessageW(&msg, nullptr, 0, 0) > 0) {
-        // Tab and Shift+Tab move between the edit fields as in a dialog.
+        // The window's own keys first (Tab through every item, the shortcuts); what is left moves between the
+        // edit fields as in a dialog.
+        if (preTranslate(msg)) continue;
         if (hwnd_ && IsDialogMessageW(hwnd_, &msg)) continue;
         TranslateMessage(&msg);
         DispatchMessageW(&msg);
@@ -155,6 +157,7 @@ void BuilderApp::setStatus(const std::wstring& text, bool warning) {
 void BuilderApp::relayout() {
     if (!hwnd_) return;
     layout_ = computeLayout();
+    pageScroll_ = layout_.pageScroll;
     // Only the links section knows how many pages there are; elsewhere the page stays as it was.
     if (section_ == kBaglantilar && linkPage_ >= layout_.linkPages) {
         linkPage_ = layout_.linkPages - 1;
@@ -192,6 +195,7 @@ void BuilderApp::onEditCommand(int id, int code) {
 
 void BuilderApp::showSection(int section) {
     if (section < 0 || section >= kSectionCount) return;
+    if (section != section_) pageScroll_ = 0; // a section opens at its top
     section_ = section;
     relayout();
     InvalidateRect(hwnd_, nullptr, FALSE);
@@ -214,6 +218,11 @@ void BuilderApp::onMouseMove(int x, int y) {
 }
 
 void BuilderApp::onWheel(int delta) {
+    if (section_ != kBaglantilar || layout_.linkPages < 2) {
+        // Three lines of text a notch, as the log scrolls.
+        scrollPageTo(pageScroll_ - delta * 3 * scaleLength(20, dpi_) / WHEEL_DELTA);
+        return;
+    }
     const int pages = layout_.linkPages;
     const int next = delta >= 0 ? linkPage_ - 1 : linkPage_ + 1;
     if (next < 0 || next >= pages) return;
@@ -266,7 +275,21 @@ LRESULT BuilderApp::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         }
         break;
     case WM_MOUSEMOVE:
+        if (barDragging_) {
+            onPageBarDrag(GET_Y_LPARAM(lParam));
+            return 0;
+        }
         onMouseMove(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));
+        return 0;
+    case WM_CAPTURECHANGED:
+        if (barDragging_) {
+            barDragging_ = false;
+            InvalidateRect(hwnd_, nullptr, FALSE);
+        }
+        return 0;
+    case WM_SETFOCUS:
+    case WM_KILLFOCUS:
+        InvalidateRect(hwnd_, nullptr, FALSE); // the focus ring comes and goes with the focus
         return 0;
     case WM_MOUSELEAVE:
         if (hoverItem_ != kItemNone) {
@@ -276,7 +299,13 @@ LRESULT BuilderApp::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         }
         return 0;
     case WM_LBUTTONDOWN: {
+        if (onPageBarDown(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam))) return 0;
         const Hit hit = hitTest(layout_, GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));
+        // The clicked item is the one the keys work on next.
+        if (hit.item != kItemNone) {
+            focusItem_ = hit.item;
+            focusSub_ = hit.sub;
+        }
         pressedItem_ = hit.item;
         pressedSub_ = hit.sub;
         if (hit.item == kItemNone)
@@ -288,6 +317,11 @@ LRESULT BuilderApp::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     }
     case WM_LBUTTONUP: {
         if (GetCapture() == hwnd_) ReleaseCapture();
+        if (barDragging_) {
+            barDragging_ = false;
+            InvalidateRect(hwnd_, nullptr, FALSE);
+            return 0;
+        }
         const Hit hit = hitTest(layout_, GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));
         const int pressed = pressedItem_;
         pressedItem_ = kItemNone;
@@ -296,7 +330,8 @@ LRESULT BuilderApp::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         return 0;
     }
     case WM_MOUSEWHEEL:
-        if (section_ == kBaglantilar && layout_.linkPages >= 2) {
+        // The links section pages its list; every page scrolls where it is taller than its column.
+        if ((section_ == kBaglantilar && layout_.linkPages >= 2) || layout_.maxPageScroll() > 0) {
             onWheel(GET_WHEEL_DELTA_WPARAM(wParam));
             return 0;
         }

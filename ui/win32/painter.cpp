@@ -64,6 +64,11 @@ PageModel BuilderApp::pageModel() const {
     m.pressedSub = pressedSub_;
     m.tick = build_.tick();
     m.focusField = fields_.focused();
+    if (GetFocus() == hwnd_) {
+        m.focusItem = focusItem_;
+        m.focusSub = focusSub_;
+    }
+    m.pageScroll = pageScroll_;
 
     m.skinLoaded = skinLoaded_;
     m.skinLoadFailed = skinLoadFailed_;
@@ -136,8 +141,27 @@ void BuilderApp::paint(HDC dc) {
     fillRect(dc, layout_.frame.client, color::kPage);
     const PaintContext context{
         dc, fonts_, dpi_, model, iconPreview_, preview_.width(), preview_.height(), preview_.pixels()};
-    for (const Block& block : layout_.blocks)
+    const Rect& view = layout_.pageView;
+    for (const Block& block : layout_.blocks) {
+        if (block.scrolls) {
+            // The form column's blocks are seen only inside its view.
+            if (!block.rect.intersects(view)) continue;
+            SavedDC saved(dc);
+            IntersectClipRect(dc, view.left, view.top, view.right, view.bottom);
+            paintBlock(context, block);
+            paintFocusRing(context, block);
+            continue;
+        }
         paintBlock(context, block);
+        paintFocusRing(context, block);
+    }
+    if (layout_.pageBar.visible)
+        paintThinScrollBar(dc, layout_.pageTrack, layout_.pageBar,
+                           barDragging_ ? color::kThumbActive : color::kThumb, dpi_);
+    // The log view is a stop of its own: its card shows the ring while it has the focus.
+    if (log_.hwnd() && GetFocus() == log_.hwnd() && !layout_.logView.empty())
+        strokeRoundRect(dc, layout_.logView.inset(-scaleLength(2, dpi_), -scaleLength(2, dpi_)),
+                        float(scaleLength(8, dpi_)), color::kThumbActive, float(scaleLength(2, dpi_)));
 }
 
 } // namespace nv::ui::win
