@@ -263,12 +263,19 @@ void layoutDerleme(Ctx& ctx) {
     ctx.text(readyTitle, header, kFontSmallBold, allReady ? color::kAccent : color::kSecondary, Align::Right);
     ready.gap(ctx.s(6));
     const int rowHeight = ctx.s(ctx.compact() ? 25 : 29);
-    for (const ReadinessRow& row : m.readiness) {
+    for (size_t i = 0; i < m.readiness.size(); ++i) {
+        const ReadinessRow& row = m.readiness[i];
         Block check{.kind = BlockKind::CheckRow,
                     .rect = {ready.left(), ready.y, ready.right(), ready.y + rowHeight}};
         check.text = row.label;
         check.text2 = row.value;
         check.on = row.ready;
+        check.warning = !row.ready && row.warning;
+        // A row that is not ready takes the operator to what fixes it.
+        if (!row.ready && row.fixSection >= 0) {
+            check.item = kItemReadinessRow;
+            check.sub = static_cast<int>(i);
+        }
         ctx.add(std::move(check));
         ready.gap(rowHeight);
     }
@@ -283,6 +290,13 @@ void layoutDerleme(Ctx& ctx) {
         result.note(L"Derleme bittiğinde ayrıntılar burada görünür.", kFontSmall, color::kMuted);
         result.finish();
         return;
+    }
+    if (m.resultStale) {
+        // The numbers below still describe the file on disk, but not the settings as they are now.
+        result.gap(ctx.s(4));
+        result.note(L"Ayarlar bu derlemeden sonra değişti: diskteki exe ve CRC32 bu derlemenin, yeni ayarlar "
+                    L"için yeniden oluşturun.",
+                    kFontSmall, color::kWarning);
     }
     result.gap(ctx.s(10));
     const int gap = ctx.s(10);

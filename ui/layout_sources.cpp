@@ -257,7 +257,12 @@ void layoutDavranis(Ctx& ctx) {
     const int textTop = rowTop + (rowHeight - textHeight) / 2;
     ctx.text({textLeft, textTop, download.right(), textTop + textHeight}, unit, kFontSmall, color::kSecondary,
              Align::Left, true);
-    download.y = rowTop + rowHeight;
+    download.y = rowTop + rowHeight + sp.hintGap;
+    // The field shows the value that will be used once it loses the focus; the range says why.
+    const RecipeKey& segment = *findKeyByField(kFieldSegment);
+    download.note(L"İzin verilen: " + std::to_wstring(segment.low) + L"–" + std::to_wstring(segment.high) +
+                      L" MB; dışındaki bir değer en yakın sınıra çekilir.",
+                  kFontTiny, color::kMuted);
     const int downloadBottom = download.finish();
 
     Card launch(ctx, f.form.left, f.form.right, downloadBottom + sp.cardGap);

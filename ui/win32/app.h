@@ -29,11 +29,17 @@ constexpr UINT kMsgRunSnapshot = WM_APP + 9; // snapshot mode starts here
 constexpr int kClientWidth = 1320, kClientHeight = 820;
 constexpr int kMinClientWidth = 1100, kMinClientHeight = 700;
 
+// What a status line speaks of, so that it can go when its cause does: a start check's refusal once the
+// check passes, a missing template once it is there, a build's outcome once the settings change.
+enum class StatusCause { Plain, StartCheck, Template, BuildOutcome };
+
 struct CommandLine {
     bool snapshot = false;
     std::wstring snapFolder, snapSkin;
+    std::wstring open; // a path given as the only argument: Explorer's drop on the icon, "Open with"
 };
 // "--snap" (any case) followed by a folder and optionally a skin; "--snap" as the last argument does nothing.
+// Any other single argument is a path to open as if it were dropped on the window.
 CommandLine parseCommandLine(int argc, wchar_t** argv);
 
 class BuilderApp {
@@ -88,7 +94,10 @@ public:
 
     // --- Operations the parts and the commands use
     // ------------------------------------------------------------------
-    void setStatus(const std::wstring& text, bool warning);
+    void setStatus(const std::wstring& text, bool warning, StatusCause cause = StatusCause::Plain);
+    // Everything a build would be made from, as one value to compare: the recipe, the password, the icon's
+    // bytes and the working skin's changes.
+    std::string settingsFingerprint() const;
     void relayout();
     void showSection(int section);
     void appendLog(const std::wstring& text, int level);
@@ -114,6 +123,11 @@ public:
     bool loadSkin(const std::wstring& path, bool restoreMode);
     // Files dropped on the window.
     void dropFiles(HDROP drop);
+    // Paths dropped or given on the command line: the first folder or zip is the skin, else the files join
+    // it.
+    void openPaths(const std::vector<std::wstring>& paths);
+    // A checklist row's way to what fixes it: its section, its link page, its field with the focus.
+    void goToFix(const ReadinessRow& row);
     // The icon taken from a picture; quietly when a session is restored (no status, no session write).
     void setIcon(const std::wstring& path, bool quiet);
     // A chosen certificate: into its field, signing switched on when it is off, the session written.
@@ -151,7 +165,10 @@ private:
     void updateSkinSummary();
     // Painting: the page model gathered from the parts, the layout computed from it, the blocks drawn.
     void paint(HDC dc);
+    // A status line whose cause is gone is cleared before the page is drawn.
+    void followState();
     PageModel pageModel() const;
+    ReadinessInputs readinessInputs(const Recipe& recipe) const;
     WindowLayout computeLayout();
 
     CommandLine commandLine_;
@@ -172,6 +189,7 @@ private:
     int pressedItem_ = kItemNone, pressedSub_ = 0;
     std::wstring status_;
     bool statusWarning_ = false;
+    StatusCause statusCause_ = StatusCause::Plain;
     WindowLayout layout_;
 
     // The working skin and what the page shows of it.
@@ -180,6 +198,7 @@ private:
     bool skinLoadFailed_ = false;
     std::wstring skinSource_; // the path, or the label of a skin made of dropped files
     SkinSummary summary_;
+    uint64_t skinGeneration_ = 0; // counts the loads and drops that changed the working skin
 
     // The decisions that no edit field holds (the connection count, the switches, the skin and icon chosen);
     // the fields hold the rest.

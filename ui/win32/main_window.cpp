@@ -7,6 +7,7 @@
 #include "core/files.h"
 #include "core/paths.h"
 #include "packager/signing.h"
+#include "recipe/recipe_keys.h"
 
 #include <commctrl.h>
 #include <shellapi.h>
@@ -59,6 +60,7 @@ CommandLine parseCommandLine(int argc, wchar_t** argv) {
             line.snapSkin = i + 2 < argc ? argv[i + 2] : L"";
         }
     }
+    if (!line.snapshot && argc == 2 && argv[1][0] != L'\0') line.open = argv[1];
     return line;
 }
 
@@ -116,6 +118,8 @@ bool BuilderApp::createWindow() {
     fields_.enable(false, decisions_.signing.enabled);
     log_.create(hwnd_, kLogViewId, dpi_, &fonts_);
     session_.restore();
+    // A skin given on the command line comes after the restored session, as a drop on the window would.
+    if (!commandLine_.open.empty()) openPaths({commandLine_.open});
     section_ = skinLoaded_ ? kBaglantilar : kKaynak;
     relayout();
     InvalidateRect(hwnd_, nullptr, FALSE);
@@ -128,8 +132,9 @@ bool BuilderApp::createWindow() {
     ShowWindow(hwnd_, SW_SHOW);
     UpdateWindow(hwnd_);
     if (!fileExists(templatePath_))
-        setStatus(L"Patcher şablonu (Norvane.Template.exe) bulunamadı — build.bat ile derleyin.", true);
-    else if (!skinLoaded_)
+        setStatus(L"Patcher şablonu (Norvane.Template.exe) bulunamadı — build.bat ile derleyin.", true,
+                  StatusCause::Template);
+    else if (!skinLoaded_ && commandLine_.open.empty())
         setStatus(L"Başlamak için bir skin .zip dosyasını ya da klasörünü pencereye sürükleyip bırakın.",
                   false);
     return true;
@@ -148,10 +153,32 @@ int BuilderApp::messageLoop() {
     return static_cast<int>(msg.wParam);
 }
 
-void BuilderApp::setStatus(const std::wstring& text, bool warning) {
+void BuilderApp::setStatus(const std::wstring& text, bool warning, StatusCause cause) {
     status_ = text;
     statusWarning_ = warning;
+    statusCause_ = cause;
     InvalidateRect(hwnd_, nullptr, FALSE);
+}
+
+void BuilderApp::followState() {
+    bool gone = false;
+    switch (statusCause_) {
+    case StatusCause::StartCheck:
+        gone = !build_.building() && build_.startProblem() != status_;
+        break;
+    case StatusCause::Template:
+        gone = fileExists(templatePath_);
+        break;
+    case StatusCause::BuildOutcome:
+        gone = build_.stale();
+        break;
+    case StatusCause::Plain:
+        break;
+    }
+    if (!gone) return;
+    status_.clear();
+    statusWarning_ = false;
+    statusCause_ = StatusCause::Plain;
 }
 
 void BuilderApp::relayout() {
@@ -182,11 +209,18 @@ void BuilderApp::onEditCommand(int id, int code) {
         break;
     case EN_KILLFOCUS:
         InvalidateRect(hwnd_, nullptr, FALSE);
+        if (id == kFieldSegment) {
+            // The field shows the size that will be used: a number kept to its range, or the default.
+            const std::wstring used =
+                std::to_wstring(clampedCount(*findKeyByField(kFieldSegment), fields_.text(kFieldSegment)));
+            if (fields_.text(kFieldSegment) != used) fields_.setText(kFieldSegment, used);
+        }
         if (refreshesPreview(id)) preview_.refresh();
         session_.save();
         break;
     case EN_CHANGE:
-        if (id == kFieldOutPath) InvalidateRect(hwnd_, nullptr, FALSE);
+        // The checklist, the result's freshness and the status follow every keystroke.
+        InvalidateRect(hwnd_, nullptr, FALSE);
         break;
     default:
         break;

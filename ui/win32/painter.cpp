@@ -92,27 +92,17 @@ PageModel BuilderApp::pageModel() const {
     m.iconPreview = !iconPreview_.empty();
 
     m.building = build_.building();
-    m.buildState = buildPageState(skinLoaded_, m.building, build_.finished(), build_.succeeded());
+    // A result the settings have moved on from: the page is ready for the next build, and the result card
+    // says what its numbers still describe.
+    m.resultStale = build_.stale();
+    m.buildState =
+        buildPageState(skinLoaded_, m.building, build_.finished() && !m.resultStale, build_.succeeded());
     m.lastMessage = build_.lastResult().message;
     m.hasResult = build_.succeeded() && !m.building;
     m.crc = build_.lastResult().crc32;
     m.signedResult = build_.lastResult().wasSigned;
     m.elapsedMs = build_.elapsedMs();
-
-    ReadinessInputs in;
-    in.skinLoaded = skinLoaded_;
-    in.skinSource = skinSource_;
-    in.skinWidth = summary_.resolved ? summary_.width : 0;
-    in.skinHeight = summary_.resolved ? summary_.height : 0;
-    in.configUrl = m.recipe.configUrl;
-    in.outputPath = m.recipe.outPath;
-    const std::wstring folder = pathParent(trim(in.outputPath));
-    in.outputFolderExists = !folder.empty() && folderExists(folder);
-    in.iconPath = m.recipe.icon;
-    in.signing = m.recipe.signing.enabled;
-    in.certificatePath = m.recipe.signing.pfxPath;
-    in.templateExists = fileExists(templatePath_);
-    m.readiness = readinessRows(in);
+    m.readiness = readinessRows(readinessInputs(m.recipe));
 
     m.status = status_;
     m.statusWarning = statusWarning_;
@@ -127,6 +117,32 @@ PageModel BuilderApp::pageModel() const {
     return m;
 }
 
+ReadinessInputs BuilderApp::readinessInputs(const Recipe& recipe) const {
+    ReadinessInputs in;
+    in.skinLoaded = skinLoaded_;
+    in.skinSource = skinSource_;
+    in.skinWidth = summary_.resolved ? summary_.width : 0;
+    in.skinHeight = summary_.resolved ? summary_.height : 0;
+    in.configUrl = recipe.configUrl;
+    in.outputPath = recipe.outPath;
+    const std::wstring folder = pathParent(trim(in.outputPath));
+    in.outputFolderExists = !folder.empty() && folderExists(folder);
+    in.iconPath = recipe.icon;
+    in.signing = recipe.signing.enabled;
+    in.certificatePath = recipe.signing.pfxPath;
+    in.templateExists = fileExists(templatePath_);
+    if (skinLoaded_) {
+        in.addresses.push_back({L"haber sayfası", recipe.iframeUrl, kFieldNewsUrl});
+        in.addresses.push_back({L"duyuru adresi", recipe.feedUrl, kFieldFeedUrl});
+        for (size_t i = 0; i < fields_.linkCount(); ++i) {
+            const int id = kFieldLinkFirst + static_cast<int>(i);
+            in.addresses.push_back(
+                {utf8ToWide(workspace_.buttonLinks[fields_.linkButton(i)].id), fields_.text(id), id});
+        }
+    }
+    return in;
+}
+
 WindowLayout BuilderApp::computeLayout() {
     RECT client{};
     GetClientRect(hwnd_, &client);
@@ -136,6 +152,7 @@ WindowLayout BuilderApp::computeLayout() {
 }
 
 void BuilderApp::paint(HDC dc) {
+    followState();
     layout_ = computeLayout();
     const PageModel model = pageModel();
     fillRect(dc, layout_.frame.client, color::kPage);
