@@ -37,9 +37,13 @@ struct CommandLine {
     bool snapshot = false;
     std::wstring snapFolder, snapSkin;
     std::wstring open; // a path given as the only argument: Explorer's drop on the icon, "Open with"
+    // Snapshot mode's "--screen WxH": the window sized as on a screen of that size (its work area the screen
+    // less a taskbar), so that the pictures show a laptop's clamped client on any display.
+    int screenWidth = 0, screenHeight = 0;
 };
 // "--snap" (any case) followed by a folder and optionally a skin; "--snap" as the last argument does nothing.
-// Any other single argument is a path to open as if it were dropped on the window.
+// Any other single argument is a path to open as if it were dropped on the window. With "--snap", "--screen
+// WxH" sizes the window for a screen of that size.
 CommandLine parseCommandLine(int argc, wchar_t** argv);
 
 class BuilderApp {
@@ -50,6 +54,13 @@ public:
     BuilderApp& operator=(const BuilderApp&) = delete;
 
     void setCommandLine(CommandLine commandLine) { commandLine_ = std::move(commandLine); }
+    // The work area the window is sized and clamped to: the screen's, or the one "--screen" describes (tests
+    // set it to stand for a smaller screen).
+    RECT workArea() const;
+    void setScreen(int width, int height) {
+        commandLine_.screenWidth = width;
+        commandLine_.screenHeight = height;
+    }
     // The patcher template; by default beside the builder. Tests that create the window keep theirs apart
     // from the real template that other test programs find beside them.
     void setTemplatePath(std::wstring path) { templatePath_ = std::move(path); }

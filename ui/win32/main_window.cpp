@@ -10,6 +10,7 @@
 #include "recipe/recipe_keys.h"
 
 #include <commctrl.h>
+#include <cwchar>
 #include <shellapi.h>
 #include <windowsx.h>
 
@@ -28,10 +29,15 @@ SIZE windowSizeFor(int clientWidth, int clientHeight, const RECT& workArea) {
     return SIZE{width, height};
 }
 
-RECT workArea() {
-    RECT area{0, 0, 1024, 768};
-    SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
-    return area;
+// "WxH": a screen's size; false when the text is not two positive numbers.
+bool parseScreen(const wchar_t* text, int& width, int& height) {
+    int w = 0, h = 0;
+    wchar_t x = 0, rest = 0;
+    if (swscanf(text, L"%d%lc%d%lc", &w, &x, &h, &rest) != 3 || (x != L'x' && x != L'X')) return false;
+    if (w <= 0 || h <= 0 || w > 100000 || h > 100000) return false;
+    width = w;
+    height = h;
+    return true;
 }
 
 } // namespace
@@ -51,9 +57,25 @@ public:
     }
 };
 
+RECT BuilderApp::workArea() const {
+    if (commandLine_.screenWidth > 0) {
+        // A screen of that size with a taskbar along its bottom, as Windows sizes it at this DPI.
+        return RECT{0, 0, commandLine_.screenWidth,
+                    std::max(1, commandLine_.screenHeight - scaleLength(40, dpi_))};
+    }
+    RECT area{0, 0, 1024, 768};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
+    return area;
+}
+
 CommandLine parseCommandLine(int argc, wchar_t** argv) {
     CommandLine line;
     for (int i = 1; i < argc; ++i) {
+        if (lstrcmpiW(argv[i], L"--screen") == 0 && i + 1 < argc &&
+            parseScreen(argv[i + 1], line.screenWidth, line.screenHeight)) {
+            ++i;
+            continue;
+        }
         if (lstrcmpiW(argv[i], L"--snap") == 0 && i + 1 < argc) {
             line.snapshot = true;
             line.snapFolder = argv[i + 1];
@@ -61,6 +83,7 @@ CommandLine parseCommandLine(int argc, wchar_t** argv) {
         }
     }
     if (!line.snapshot && argc == 2 && argv[1][0] != L'\0') line.open = argv[1];
+    if (!line.snapshot) line.screenWidth = line.screenHeight = 0; // a picture-taking aid only
     return line;
 }
 
