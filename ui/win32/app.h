@@ -57,6 +57,8 @@ public:
     // The work area the window is sized and clamped to: the screen's, or the one "--screen" describes (tests
     // set it to stand for a smaller screen).
     RECT workArea() const;
+    // The window for the minimum client (1100 x 700, scaled), clamped to the work area.
+    SIZE minimumWindowSize() const;
     void setScreen(int width, int height) {
         commandLine_.screenWidth = width;
         commandLine_.screenHeight = height;

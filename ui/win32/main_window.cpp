@@ -68,6 +68,10 @@ RECT BuilderApp::workArea() const {
     return area;
 }
 
+SIZE BuilderApp::minimumWindowSize() const {
+    return windowSizeFor(scaleLength(kMinClientWidth, dpi_), scaleLength(kMinClientHeight, dpi_), workArea());
+}
+
 CommandLine parseCommandLine(int argc, wchar_t** argv) {
     CommandLine line;
     for (int i = 1; i < argc; ++i) {
@@ -315,8 +319,7 @@ LRESULT BuilderApp::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         return 0;
     case WM_GETMINMAXINFO: {
         auto* info = reinterpret_cast<MINMAXINFO*>(lParam);
-        const SIZE min = windowSizeFor(scaleLength(kMinClientWidth, dpi_),
-                                       scaleLength(kMinClientHeight, dpi_), workArea());
+        const SIZE min = minimumWindowSize();
         info->ptMinTrackSize = POINT{min.cx, min.cy};
         return 0;
     }
