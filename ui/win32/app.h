@@ -103,6 +103,7 @@ public:
     const std::wstring& status() const { return status_; }
     bool statusWarning() const { return statusWarning_; }
     const BuildLog& buildLog() const { return log_.log(); }
+    const LogView& logView() const { return log_; }
     const WindowLayout& layout() const { return layout_; }
 
     // --- Operations the parts and the commands use

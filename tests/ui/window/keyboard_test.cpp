@@ -219,6 +219,22 @@ TEST_F(BuilderKeyboard, PagesScrollOnAShortClient) {
     EXPECT_FALSE(app_->layout().pageBar.visible);
 }
 
+// A log line cut with "…" shows whole in its tooltip; a line that fits has none.
+TEST_F(BuilderKeyboard, CutLogLinesShowWhole) {
+    app_->runCommand(kItemSection, kDerleme);
+    const std::wstring cut = L"Oluşturulamadı: " + std::wstring(300, L'x');
+    app_->appendLog(cut, 3);
+    app_->appendLog(L"kısa", 0);
+    const BuildLog& log = app_->buildLog();
+    RECT client{};
+    GetClientRect(app_->logView().hwnd(), &client);
+    ASSERT_GT(client.bottom, 0);
+    const int x = client.right / 2;
+    EXPECT_EQ(app_->logView().cutLineAt(x, log.lineTop(log.size() - 2) + 2), cut);
+    EXPECT_EQ(app_->logView().cutLineAt(x, log.lineTop(log.size() - 1) + 2), L"");
+    EXPECT_EQ(app_->logView().cutLineAt(x, -5), L"");
+}
+
 // The checklist's red and amber rows lead to their fields, a link field on another page of the list too.
 TEST_F(BuilderKeyboard, ChecklistRowsLeadToTheirFields) {
     loadSample();
