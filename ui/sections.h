@@ -103,7 +103,7 @@ enum Item : int {
     kItemCopyCrc = 23,
     kItemCopyLog = 24,
     kItemCopySelfUpdate = 25,
-    kItemReadinessRow = 26, // a checklist row that is not ready; sub-item = the row: goes to its field
+    kItemReadinessRow = 30, // a checklist row that is not ready; sub-item = the row: goes to its field
 };
 
 // The Davranış page's switches: the item that flips each, the recipe key it flips, its title and its line.
