@@ -10,6 +10,39 @@
 
 namespace nv {
 
+bool chooseSigningSource(const RecipeOptions& options, SigningOptions& signing, std::wstring& error) {
+    // The options that only one certificate source uses.
+    static constexpr struct {
+        std::string_view key;
+        SigningSource source;
+    } kSourceValues[] = {{"sign_pfx", SigningSource::PfxFile},
+                         {"sign_thumbprint", SigningSource::Store},
+                         {"sign_dlib", SigningSource::Plugin},
+                         {"sign_dmdf", SigningSource::Plugin},
+                         {"sign_command", SigningSource::Command}};
+    const RecipeKey& sourceKey = *findKey("sign_source");
+    if (options.has("sign_source")) {
+        signing.enabled = true;
+        return true; // the source named wins; the other sources' values are only kept
+    }
+    const RecipeOptions::Given* first = nullptr;
+    for (const RecipeOptions::Given& g : options.given) {
+        for (const auto& value : kSourceValues) {
+            if (g.key->name != value.key) continue;
+            if (first && signing.source != value.source) {
+                error = std::wstring(first->key->option) + L" ve " + std::wstring(g.key->option) +
+                        L" farklı imza kaynaklarına ait; " + std::wstring(sourceKey.option) +
+                        L" ile birini seçin";
+                return false;
+            }
+            if (!first) first = &g;
+            signing.source = value.source;
+            signing.enabled = true;
+        }
+    }
+    return true;
+}
+
 int planBuild(const Invocation& invocation, Console& console, BuildPlan& plan) {
     RecipeOptions options;
     std::wstring error;
@@ -37,8 +70,7 @@ int planBuild(const Invocation& invocation, Console& console, BuildPlan& plan) {
     // line.
     recipe.outPath = absolutePath(recipe.outPath);
     if (!options.has("template")) recipe.templatePath = pathJoin(exeFolder(), L"Norvane.Template.exe");
-    // Naming a certificate is asking for a signature.
-    if (options.has("sign_pfx")) recipe.signing.enabled = true;
+    if (!chooseSigningSource(options, recipe.signing, error)) return invocation.usageError(console, error);
     if (!readSecretOptions(options, recipe, error)) return failed(console, error);
 
     Bytes iconBytes;

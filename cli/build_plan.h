@@ -16,6 +16,12 @@ struct BuildPlan {
     BuildInputs inputs;
 };
 
+// Naming a certificate source, or a value that only one source uses (--sign-pfx, --sign-thumbprint,
+// --sign-dlib, --sign-dmdf, --sign-command), asks for a signature with that source, whatever the session file
+// chose. Values of two sources without --sign-source are a usage error.
+class RecipeOptions;
+bool chooseSigningSource(const RecipeOptions& options, SigningOptions& signing, std::wstring& error);
+
 // kExitOk with the plan; otherwise the command's exit code, its reason already on standard error (a usage
 // error with the usage). Notes ("Not: ") go to standard error as they arise.
 int planBuild(const Invocation& invocation, Console& console, BuildPlan& plan);

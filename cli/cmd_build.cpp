@@ -62,8 +62,11 @@ const std::wstring kBuildHelp =
     L"Dosya bilgileri (Özellikler > Ayrıntılar):\n" +
     optionHelp({"v_product", "v_company", "description", "v_version", "v_copyright", "out_name"}) +
     L"\n"
-    L"Kod imzalama (--sign-pfx verilince açılır; Windows SDK'nın signtool.exe'si, SHA-256):\n" +
-    optionHelp({"sign_pfx", "sign_password", "sign_ts", "signtool"}) +
+    L"Kod imzalama (Windows SDK'nın signtool.exe'si ile SHA-256, ya da kendi komutunuzla). --sign-source ya\n"
+    L"da yalnızca bir kaynağın kullandığı değer (--sign-pfx, --sign-thumbprint, --sign-dlib, --sign-dmdf,\n"
+    L"--sign-command) verilince imza açılır ve o kaynak seçilir:\n" +
+    optionHelp({"sign_source", "sign_pfx", "sign_password", "sign_thumbprint", "sign_machine_store",
+                "sign_dlib", "sign_dmdf", "sign_command", "sign_ts", "sign_ts_more", "signtool"}) +
     L"\n"
     L"Oturum dosyası (oluşturucunun olusturucu.ini'si, derleme tarifi olarak):\n"
     L"  --session FILE        alanlar oluşturucunun son oturumu geri yüklediği kurallarla dosyadan okunur:\n"

@@ -3,6 +3,7 @@
 #include "core/text.h"
 #include "readers/xml.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace nv {
@@ -88,9 +89,17 @@ bool readRecipeOptions(const Invocation& invocation, RecipeOptions& options, std
 }
 
 bool applyRecipeOptions(const RecipeOptions& options, OptionPart part, Recipe& recipe, std::wstring& error) {
-    for (const RecipeOptions::Given& g : options.given)
-        if (!g.key->secret && inPart(*g.key, part) && !applyKeyOption(*g.key, recipe, g.value, error))
-            return false;
+    // A list given on the command line replaces the session file's, however many times it is given.
+    std::vector<const RecipeKey*> emptied;
+    for (const RecipeOptions::Given& g : options.given) {
+        if (g.key->secret || !inPart(*g.key, part)) continue;
+        if (g.key->type == KeyType::List &&
+            std::find(emptied.begin(), emptied.end(), g.key) == emptied.end()) {
+            g.key->list(recipe).clear();
+            emptied.push_back(g.key);
+        }
+        if (!applyKeyOption(*g.key, recipe, g.value, error)) return false;
+    }
     return true;
 }
 

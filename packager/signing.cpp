@@ -20,8 +20,10 @@ void say(BuildLogFn log, void* context, const std::wstring& line) {
     if (log) log(context, line);
 }
 
+} // namespace
+
 // A variable that is set, even to nothing, needs room for its terminator: 0 means it is not set.
-bool environmentValue(const std::wstring& name, std::wstring& value) {
+bool readEnvironmentVariable(const std::wstring& name, std::wstring& value) {
     DWORD n = GetEnvironmentVariableW(name.c_str(), nullptr, 0);
     if (n == 0) return false;
     std::wstring buffer(n, L'\0');
@@ -30,6 +32,8 @@ bool environmentValue(const std::wstring& name, std::wstring& value) {
     value = buffer;
     return true;
 }
+
+namespace {
 
 std::wstring storeName(bool machineStore) {
     return machineStore ? L"bilgisayarın Kişisel deposu" : L"kullanıcının Kişisel deposu";
@@ -59,7 +63,7 @@ bool sourceReady(const SigningOptions& options, std::wstring& message) {
 bool runOperatorCommand(const SigningOptions& options, const std::wstring& file, BuildLogFn log,
                         void* context, std::wstring& message) {
     OperatorCommand command;
-    if (!makeOperatorCommand(options.command, file, environmentValue, command, message)) return false;
+    if (!makeOperatorCommand(options.command, file, readEnvironmentVariable, command, message)) return false;
     say(log, context, L"İmzalanıyor (kendi komutunuzla)...");
     std::wstring output;
     uint32_t exitCode = 1;

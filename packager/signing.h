@@ -27,6 +27,10 @@ struct StoreCertificate {
 };
 StoreCertificate findStoreCertificate(const std::wstring& thumbprint, bool machineStore);
 
+// The value of an environment variable of this process, as the operator's command gets it; false when it is
+// not set (set to nothing is set).
+bool readEnvironmentVariable(const std::wstring& name, std::wstring& value);
+
 // Signs the file in place. Secrets (the password, the values the operator's command takes from the
 // environment) reach only the tool's command line, never the log or a message; command lines are not logged.
 bool signExecutable(const SigningOptions& options, const std::wstring& file, const VersionInfoFields& version,

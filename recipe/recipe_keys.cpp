@@ -16,6 +16,27 @@ std::wstring rangeText(const RecipeKey& key) {
     return std::to_wstring(key.low) + L" ile " + std::to_wstring(key.high);
 }
 
+int choiceIndex(const RecipeKey& key, std::wstring_view name) {
+    for (size_t i = 0; i < key.choices.size(); ++i)
+        if (key.choices[i] == name) return static_cast<int>(i);
+    return -1;
+}
+
+// A list's words: typed into one field, an operator separates addresses with blanks, commas or semicolons.
+std::vector<std::wstring> listWords(std::wstring_view text) {
+    std::vector<std::wstring> words;
+    size_t at = 0;
+    while (at < text.size()) {
+        const size_t start = text.find_first_not_of(L" \t,;", at);
+        if (start == std::wstring_view::npos) break;
+        size_t end = text.find_first_of(L" \t,;", start);
+        if (end == std::wstring_view::npos) end = text.size();
+        words.emplace_back(text.substr(start, end - start));
+        at = end;
+    }
+    return words;
+}
+
 } // namespace
 
 const RecipeKey* findKey(std::string_view name) {
@@ -46,6 +67,14 @@ std::wstring keyText(const RecipeKey& key, const Recipe& recipe) {
         return std::to_wstring(key.count(r));
     case KeyType::Flag:
         return key.flag(r) ? L"1" : L"0";
+    case KeyType::Choice:
+        return std::wstring(key.choices[static_cast<size_t>(key.getChoice(recipe))]);
+    case KeyType::List: {
+        std::wstring text;
+        for (const std::wstring& word : key.list(r))
+            text += (text.empty() ? L"" : L" ") + word;
+        return text;
+    }
     case KeyType::Links:
         break;
     }
@@ -80,6 +109,16 @@ bool readKeyText(const RecipeKey& key, Recipe& recipe, std::wstring_view text) {
     case KeyType::Flag:
         key.flag(recipe) = text == L"1";
         return true;
+    case KeyType::Choice: {
+        // A name this builder does not know (a newer one's, a typing slip) leaves the choice as it was.
+        const int index = choiceIndex(key, trim(text));
+        if (index < 0) return false;
+        key.setChoice(recipe, index);
+        return true;
+    }
+    case KeyType::List:
+        key.list(recipe) = listWords(text);
+        return true;
     case KeyType::Links:
         break;
     }
@@ -90,7 +129,16 @@ bool checkKeyOption(const RecipeKey& key, const std::wstring& value, std::wstrin
     const std::wstring option(key.option);
     switch (key.type) {
     case KeyType::Text:
+    case KeyType::List:
         return true;
+    case KeyType::Choice: {
+        if (choiceIndex(key, value) >= 0) return true;
+        std::wstring names;
+        for (std::wstring_view name : key.choices)
+            names += (names.empty() ? L"" : L", ") + std::wstring(name);
+        error = option + L" şunlardan biri olmalı: " + names + L": " + value;
+        return false;
+    }
     case KeyType::Count: {
         const int v = parsedCount(value, key.low - 1);
         if (v >= key.low && v <= key.high) return true;
@@ -121,6 +169,13 @@ bool applyKeyOption(const RecipeKey& key, Recipe& recipe, const std::wstring& va
         return true;
     case KeyType::Flag:
         key.flag(recipe) = value == L"1";
+        return true;
+    case KeyType::Choice:
+        key.setChoice(recipe, choiceIndex(key, value));
+        return true;
+    case KeyType::List:
+        for (std::wstring& word : listWords(value))
+            key.list(recipe).push_back(std::move(word));
         return true;
     case KeyType::Links: {
         const size_t eq = value.find(L'=');

@@ -15,14 +15,17 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace nv {
 
 enum class KeyType {
-    Text,  // free text (an address, a path, a name)
-    Count, // a whole number within a range
-    Flag,  // on or off: "1" or "0"
-    Links, // the button links: one "link.<number>.<id>" line each, a repeatable ID=URL option
+    Text,   // free text (an address, a path, a name)
+    Count,  // a whole number within a range
+    Flag,   // on or off: "1" or "0"
+    Links,  // the button links: one "link.<number>.<id>" line each, a repeatable ID=URL option
+    Choice, // one of a few names ("pfx", "store"...), kept as its place among them
+    List,   // several words (addresses) on one line, blanks between them; a repeatable option adds one each
 };
 
 // When a restored session applies a key, in the order the builder restores them.
@@ -67,9 +70,17 @@ struct RecipeKey {
     std::wstring& (*text)(Recipe&) = nullptr;
     int& (*count)(Recipe&) = nullptr;
     bool& (*flag)(Recipe&) = nullptr;
+    std::vector<std::wstring>& (*list)(Recipe&) = nullptr;
+    // Choice: the names, in the order of the values they stand for, and the value's place among them.
+    std::span<const std::wstring_view> choices = {};
+    int (*getChoice)(const Recipe&) = nullptr;
+    void (*setChoice)(Recipe&, int) = nullptr;
 
     bool saved() const { return step != RestoreStep::Never; }
 };
+
+// The certificate sources by name, in SigningSource's order.
+inline constexpr std::wstring_view kSigningSourceNames[] = {L"pfx", L"store", L"auto", L"plugin", L"command"};
 
 // The session key prefix of the button links: "link." + the button's number + "." + its id.
 inline constexpr std::string_view kLinkKeyPrefix = "link.";
@@ -303,6 +314,79 @@ inline constexpr RecipeKey kRecipeKeys[] = {
      .field = 1113,
      .defaultText = kDefaultTimestampServer,
      .text = [](Recipe& r) -> std::wstring& { return r.signing.timestampUrl; }},
+    // The certificate sources beside the PFX file, and the time-stamp servers tried after sign_ts. Each
+    // source keeps its own values, so switching between them loses nothing.
+    {.name = "sign_source",
+     .type = KeyType::Choice,
+     .step = RestoreStep::Identity,
+     .group = OptionGroup::Signing,
+     .option = L"--sign-source",
+     .placeholder = L"KAYNAK",
+     .help = L"sertifikanın kaynağı: pfx (dosya; verilmezse), store (Windows sertifika\n"
+             L"deposu, token dahil), auto (signtool depodan kendi seçer), plugin (bulut imza\n"
+             L"eklentisi), command (kendi komutunuz)",
+     .defaultText = L"pfx",
+     .choices = kSigningSourceNames,
+     .getChoice = [](const Recipe& r) { return static_cast<int>(r.signing.source); },
+     .setChoice = [](Recipe& r, int v) { r.signing.source = static_cast<SigningSource>(v); }},
+    {.name = "sign_thumbprint",
+     .type = KeyType::Text,
+     .step = RestoreStep::Identity,
+     .group = OptionGroup::Signing,
+     .option = L"--sign-thumbprint",
+     .placeholder = L"SHA1",
+     .help = L"store: depodaki sertifikanın parmak izi (40 onaltılık rakam; boşluk ve : olabilir)",
+     .field = 1115,
+     .text = [](Recipe& r) -> std::wstring& { return r.signing.thumbprint; }},
+    {.name = "sign_machine_store",
+     .type = KeyType::Flag,
+     .step = RestoreStep::Identity,
+     .group = OptionGroup::Signing,
+     .option = L"--sign-machine-store",
+     .placeholder = L"0|1",
+     .help = L"store ve auto: kullanıcınınki yerine bilgisayarın Kişisel deposu (signtool /sm)",
+     .defaultText = L"0",
+     .flag = [](Recipe& r) -> bool& { return r.signing.machineStore; }},
+    {.name = "sign_dlib",
+     .type = KeyType::Text,
+     .step = RestoreStep::Identity,
+     .group = OptionGroup::Signing,
+     .option = L"--sign-dlib",
+     .placeholder = L"DLL",
+     .help = L"plugin: bulut imza hizmetinin signtool eklentisi (signtool /dlib)",
+     .field = 1116,
+     .text = [](Recipe& r) -> std::wstring& { return r.signing.pluginPath; }},
+    {.name = "sign_dmdf",
+     .type = KeyType::Text,
+     .step = RestoreStep::Identity,
+     .group = OptionGroup::Signing,
+     .option = L"--sign-dmdf",
+     .placeholder = L"FILE",
+     .help = L"plugin: eklentinin ayar dosyası, hesap ve sertifika profili (signtool /dmdf)",
+     .field = 1117,
+     .text = [](Recipe& r) -> std::wstring& { return r.signing.pluginMetadataPath; }},
+    {.name = "sign_command",
+     .type = KeyType::Text,
+     .step = RestoreStep::Identity,
+     .group = OptionGroup::Signing,
+     .option = L"--sign-command",
+     .placeholder = L"CMD",
+     .help = L"command: kendi imza komutunuz; {file} imzalanacak exe'nin yolu, %AD% o ortam\n"
+             L"değişkeninin değeri olur (PIN ve anahtarlar ortamda kalır, hiçbir yere yazılmaz).\n"
+             L"Çıktısı adımlara yazılır, çıkış kodu 0 başarıdır",
+     .field = 1118,
+     .text = [](Recipe& r) -> std::wstring& { return r.signing.command; }},
+    {.name = "sign_ts_more",
+     .type = KeyType::List,
+     .step = RestoreStep::Identity,
+     .group = OptionGroup::Signing,
+     .option = L"--sign-ts-more",
+     .placeholder = L"URL",
+     .repeatable = true,
+     .help = L"--sign-ts yanıt vermezse sırayla denenecek başka bir RFC 3161 sunucusu;\n"
+             L"tekrarlanabilir. Hiçbiri olmazsa damgasız imzalanır ve uyarılır",
+     .field = 1119,
+     .list = [](Recipe& r) -> std::vector<std::wstring>& { return r.signing.moreTimestampUrls; }},
     {.name = "signtool",
      .type = KeyType::Text,
      .step = RestoreStep::Never,
@@ -329,14 +413,15 @@ const RecipeKey* findKeyByOption(std::wstring_view option);
 const RecipeKey* findKeyByField(int field);
 
 // A key's value as text: what the session file writes and the window's field shows. A Count as a decimal, a
-// Flag as "1" or "0".
+// Flag as "1" or "0", a Choice as its name, a List as its words with one blank between them.
 std::wstring keyText(const RecipeKey& key, const Recipe& recipe);
 // A Flag's value.
 bool keyOn(const RecipeKey& key, const Recipe& recipe);
 
 // Reads a key's text, from a session file or an edit control, by the rules the builder restores with: a Text
 // as it stands; a Count as a decimal, refused outside its range (or kept to it, with clampText); a Flag on
-// for exactly "1". False when the text was refused and the value left as it was.
+// for exactly "1"; a Choice by its name, an unknown one refused; a List split at blanks, commas and
+// semicolons. False when the text was refused and the value left as it was.
 bool readKeyText(const RecipeKey& key, Recipe& recipe, std::wstring_view text);
 
 // A Count's text by the segment stepper's rule: the trimmed decimal (the key's default when it is none) plus
@@ -344,11 +429,12 @@ bool readKeyText(const RecipeKey& key, Recipe& recipe, std::wstring_view text);
 int clampedCount(const RecipeKey& key, std::wstring_view text, int delta = 0);
 
 // Whether an option's value has the key's form, as the command line must give it: a Count a decimal within
-// its range, a Flag exactly "0" or "1", a link "ID=URL" with an ID. When it has not, error says which option
-// and why (a usage error).
+// its range, a Flag exactly "0" or "1", a Choice one of its names, a link "ID=URL" with an ID. When it has
+// not, error says which option and why (a usage error).
 bool checkKeyOption(const RecipeKey& key, const std::wstring& value, std::wstring& error);
 
-// An option's checked value into the recipe. A link goes to every button of its id (compared without regard
+// An option's checked value into the recipe. A List's words are added to it (the caller empties it before the
+// first of its options). A link goes to every button of its id (compared without regard
 // to ASCII case); false with error when the skin has no button of that id.
 bool applyKeyOption(const RecipeKey& key, Recipe& recipe, const std::wstring& value, std::wstring& error);
 

@@ -62,9 +62,13 @@ Rect Card::field(int id, const std::wstring& label, const std::wstring& labelNot
                  int boxRight) {
     const Spacing sp = spacing(ctx_);
     if (!label.empty()) {
-        const int h = ctx_.line(kFontSmallBold);
+        // A label wider than a narrow card wraps rather than lose its end.
+        const bool wraps = ctx_.textWidth(label, kFontSmallBold) > width();
+        const int h =
+            wraps ? ctx_.measure.wrappedHeight(label, kFontSmallBold, width()) : ctx_.line(kFontSmallBold);
         const int labelWidth = std::min(width(), ctx_.textWidth(label, kFontSmallBold));
-        ctx_.text({left_, y, left_ + labelWidth, y + h}, label, kFontSmallBold, color::kText);
+        ctx_.text({left_, y, left_ + labelWidth, y + h}, label, kFontSmallBold, color::kText, Align::Left,
+                  wraps);
         if (!labelNote.empty()) {
             const int noteLeft = left_ + labelWidth + ctx_.s(6);
             if (noteLeft < right_)

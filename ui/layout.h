@@ -104,6 +104,7 @@ struct PageModel {
     bool resultStale = false; // the settings changed since the last build
     uint32_t crc = 0;
     bool signedResult = false;
+    SignatureInfo signature; // read back from the signed patcher
     uint32_t elapsedMs = 0;
     std::vector<ReadinessRow> readiness;
 

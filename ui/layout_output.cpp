@@ -8,6 +8,107 @@
 
 namespace nv::ui::detail {
 
+namespace {
+
+// The certificate sources, as the signing card's chips name them, and the line that says what each one is.
+struct SourceChoice {
+    SigningSource source;
+    const wchar_t* chip;
+    const wchar_t* line;
+};
+constexpr SourceChoice kSourceChoices[] = {
+    {SigningSource::PfxFile, L"PFX", L"Parola korumalı .pfx / .p12 dosyası (signtool /f)."},
+    {SigningSource::Store, L"Depo",
+     L"Windows sertifika deposundaki sertifika; anahtarı token'da olabilir (signtool /sha1)."},
+    {SigningSource::Automatic, L"Otomatik",
+     L"signtool depodaki imza sertifikalarından en uygununu kendisi seçer (signtool /a)."},
+    {SigningSource::Plugin, L"Eklenti", L"Bulut imza hizmetinin signtool eklentisi ve ayar dosyası (/dlib)."},
+    {SigningSource::Command, L"Komut",
+     L"signtool yerine kendi aracınız (osslsigncode, jsign, hizmetin istemcisi); çıkış kodu 0 başarıdır."},
+};
+
+// The certificate source: one chip per source, the chosen one standing out, and the chosen one's line under
+// them (which is what names the row: a label above would push the card out of the compact window).
+void sourceChips(Card& card, SigningSource chosen, bool building) {
+    Ctx& ctx = card.ctx();
+    const Spacing sp = spacing(ctx);
+    int x = card.left();
+    for (const SourceChoice& choice : kSourceChoices) {
+        const int width = ctx.textWidth(choice.chip, kFontSmallBold) + ctx.s(24);
+        if (x + width > card.right() && x > card.left()) {
+            x = card.left();
+            card.gap(sp.box + ctx.s(6));
+        }
+        Block chip{.kind = BlockKind::Chip,
+                   .rect = {x, card.y, x + width, card.y + sp.box},
+                   .item = kItemSigningSource,
+                   .sub = static_cast<int>(choice.source)};
+        chip.text = choice.chip;
+        chip.on = choice.source == chosen;
+        chip.disabled = building;
+        ctx.add(std::move(chip));
+        x += width + ctx.s(6);
+    }
+    card.gap(sp.box + sp.hintGap);
+    for (const SourceChoice& choice : kSourceChoices)
+        if (choice.source == chosen) card.note(choice.line, kFontTiny, color::kMuted);
+    card.gap(sp.fieldGap);
+}
+
+// A field of the table with its label and hint.
+Rect specField(Card& card, int id, int boxRight = 0) {
+    const FieldSpec* spec = findField(id);
+    return card.field(id, spec->label, L"", spec->hint, boxRight);
+}
+
+// A path field with its "Seç" button on the right.
+void pickedField(Card& card, int id, int item) {
+    Ctx& ctx = card.ctx();
+    const std::wstring choose = L"Seç";
+    const int chooseWidth = buttonWidth(ctx, choose, false);
+    const FieldSpec* spec = findField(id);
+    const Rect box = card.field(id, spec->label, L"", L"", card.right() - chooseWidth - ctx.s(8));
+    card.button(card.right() - chooseWidth, box.top + (box.height() - spacing(ctx).button) / 2, choose, item);
+    if (*spec->hint) {
+        card.gap(spacing(ctx).hintGap);
+        card.note(spec->hint, kFontTiny, color::kMuted);
+    }
+}
+
+// A field beside another on one row, between left and right; the caller moves the card past the row.
+void sideField(Card& card, int id, int left, int right) {
+    Ctx& ctx = card.ctx();
+    const Spacing sp = spacing(ctx);
+    const FieldSpec* spec = findField(id);
+    const int labelHeight = ctx.line(kFontSmallBold);
+    ctx.text({left, card.y, left + std::min(right - left, ctx.textWidth(spec->label, kFontSmallBold)),
+              card.y + labelHeight},
+             spec->label, kFontSmallBold, color::kText);
+    Block box{.kind = BlockKind::FieldBox,
+              .rect = {left, card.y + labelHeight + sp.labelGap, right,
+                       card.y + labelHeight + sp.labelGap + sp.box},
+              .field = id};
+    box.on = ctx.model.focusField == id;
+    ctx.add(std::move(box));
+}
+
+// The store sources: the user's "My" store, or the computer's on request.
+void machineStoreToggle(Card& card, bool on, bool building) {
+    Ctx& ctx = card.ctx();
+    const int height = ctx.line(kFontBodyBold) + ctx.line(kFontTiny) + ctx.s(ctx.compact() ? 2 : 12);
+    Block toggle{.kind = BlockKind::Toggle,
+                 .rect = {card.left(), card.y, card.right(), card.y + height},
+                 .item = kItemToggleMachineStore};
+    toggle.text = L"Bilgisayarın deposu";
+    toggle.text2 = L"Kullanıcınınki yerine bu bilgisayarın deposu (signtool /sm).";
+    toggle.on = on;
+    toggle.disabled = building;
+    ctx.add(std::move(toggle));
+    card.gap(height);
+}
+
+} // namespace
+
 void layoutKimlik(Ctx& ctx) {
     const FrameLayout& f = ctx.frame;
     const PageModel& m = ctx.model;
@@ -121,22 +222,46 @@ void layoutCikti(Ctx& ctx) {
     ctx.add(std::move(toggle));
     sign.gap(toggleHeight + sp.fieldGap);
 
-    const std::wstring choose = L"Seç";
-    const int chooseWidth = buttonWidth(ctx, choose, false);
-    const FieldSpec* pfx = findField(kFieldPfx);
-    const Rect pfxBox = sign.field(pfx->id, pfx->label, L"", L"", sign.right() - chooseWidth - ctx.s(8));
-    sign.button(sign.right() - chooseWidth, pfxBox.top + (pfxBox.height() - sp.button) / 2, choose,
-                kItemChooseCertificate);
-    for (int id : {kFieldPassword, kFieldTimestamp}) {
-        const FieldSpec* spec = findField(id);
+    const SigningOptions& signing = m.recipe.signing;
+    sourceChips(sign, signing.source, m.building);
+    switch (signing.source) {
+    case SigningSource::PfxFile:
+        pickedField(sign, kFieldPfx, kItemChooseCertificate);
         sign.gap(sp.fieldGap);
-        sign.field(id, spec->label, L"", spec->hint);
+        specField(sign, kFieldPassword);
+        break;
+    case SigningSource::Store:
+        specField(sign, kFieldThumbprint);
+        sign.gap(sp.fieldGap);
+        machineStoreToggle(sign, signing.machineStore, m.building);
+        break;
+    case SigningSource::Automatic:
+        machineStoreToggle(sign, signing.machineStore, m.building);
+        break;
+    case SigningSource::Plugin:
+        pickedField(sign, kFieldPlugin, kItemChoosePlugin);
+        sign.gap(sp.fieldGap);
+        pickedField(sign, kFieldPluginMetadata, kItemChoosePluginMetadata);
+        break;
+    case SigningSource::Command:
+        specField(sign, kFieldSignCommand);
+        break;
+    }
+    // The operator's own tool time-stamps as it is told to; signtool takes the servers in order.
+    if (signing.source != SigningSource::Command) {
+        sign.gap(sp.fieldGap);
+        const int half = (sign.width() - ctx.s(12)) / 2;
+        sideField(sign, kFieldTimestamp, sign.left(), sign.left() + half);
+        sideField(sign, kFieldTimestampMore, sign.right() - half, sign.right());
+        sign.gap(ctx.line(kFontSmallBold) + sp.labelGap + sp.box + sp.hintGap);
+        sign.note(L"Sırayla denenir; hiçbiri yanıt vermezse damgasız imzalanır ve uyarılır.", kFontTiny,
+                  color::kMuted);
     }
     sign.finish();
     // Signing fields look as their edit controls are: switched off while signing is off or a build runs.
     for (Block& block : ctx.out.blocks)
         if (block.kind == BlockKind::FieldBox && isSigningField(block.field))
-            block.disabled = !m.recipe.signing.enabled || m.building;
+            block.disabled = !signing.enabled || m.building;
 }
 
 void layoutDerleme(Ctx& ctx) {
@@ -313,7 +438,20 @@ void layoutDerleme(Ctx& ctx) {
         cell.font = kFontStateTitle;
         ctx.add(std::move(cell));
     }
-    result.gap(cellHeight + ctx.s(12));
+    result.gap(cellHeight + ctx.s(10));
+    if (m.signedResult && !ctx.compact()) {
+        // Who signed the patcher and whether it is time-stamped, as read back from the written file. The
+        // compact window has no room for them under the cells; the log beside the card holds the same lines.
+        const int lineHeight = ctx.line(kFontTiny);
+        for (const std::wstring& line : signatureLines(m.signature)) {
+            ctx.text({result.left(), result.y, result.right(), result.y + lineHeight}, line, kFontTiny,
+                     color::kSecondary);
+            result.gap(lineHeight + ctx.s(2));
+        }
+        result.gap(ctx.s(6));
+    } else {
+        result.gap(ctx.s(2));
+    }
     // The buttons flow onto a second row where the column is narrow.
     int x = result.left();
     const struct {

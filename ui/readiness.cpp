@@ -1,5 +1,6 @@
 #include "ui/readiness.h"
 
+#include "core/command_line.h"
 #include "core/paths.h"
 #include "core/text.h"
 #include "recipe/addresses.h"
@@ -56,12 +57,12 @@ std::vector<ReadinessRow> readinessRows(const ReadinessInputs& in) {
     else
         rows.push_back({L"Simge", pathFileName(in.iconPath), true});
 
-    if (!in.signing)
-        rows.push_back({L"İmza", L"Kapalı — isteğe bağlı", true});
-    else if (trim(in.certificatePath).empty())
-        rows.push_back({L"İmza", L"Sertifika seçilmedi", false, false, kCikti, kFieldPfx});
-    else
-        rows.push_back({L"İmza", pathFileName(trim(in.certificatePath)), true});
+    ReadinessRow signing = signingRow(in.signing, in.signingFacts);
+    if (!signing.ready) {
+        signing.fixSection = kCikti;
+        signing.fixField = in.signing.enabled ? kFieldPfx : 0;
+    }
+    rows.push_back(signing);
 
     if (in.templateExists)
         rows.push_back({L"Şablon", L"Norvane.Template.exe", true});
@@ -79,6 +80,59 @@ std::vector<ReadinessRow> readinessRows(const ReadinessInputs& in) {
     }
     if (!bad.empty()) rows.push_back({L"Adresler", L"Açılamaz: " + bad, false, true, kBaglantilar, firstBad});
     return rows;
+}
+
+ReadinessRow signingRow(const SigningOptions& signing, const SigningFacts& facts) {
+    const wchar_t* label = L"İmza";
+    if (!signing.enabled) return {label, L"Kapalı — isteğe bağlı", true};
+    auto missing = [&](std::wstring value) { return ReadinessRow{label, std::move(value), false}; };
+    const std::wstring storeName = signing.machineStore ? L"bilgisayar deposu" : L"kullanıcı deposu";
+    std::wstring ready; // the source's own words once it has what it needs
+    switch (signing.source) {
+    case SigningSource::PfxFile: {
+        const std::wstring pfx = trim(signing.pfxPath);
+        if (pfx.empty()) return missing(L"Sertifika seçilmedi");
+        if (!facts.pfxExists) return missing(L"Sertifika dosyası bulunamadı — yeniden seçin");
+        ready = pathFileName(pfx);
+        break;
+    }
+    case SigningSource::Store: {
+        std::wstring thumbprint;
+        if (trim(signing.thumbprint).empty())
+            return missing(L"Parmak izi girilmedi — sertifikanınkini yapıştırın");
+        if (!normalizeThumbprint(signing.thumbprint, thumbprint))
+            return missing(L"Parmak izi geçersiz — 40 onaltılık rakam olmalı");
+        if (!facts.store.found)
+            return missing(L"Depoda yok — token'ı takın ya da sertifikayı " + storeName + L"na alın");
+        if (!facts.store.hasKey) return missing(L"Özel anahtarı yok — token'ı takın, sürücüsünü kurun");
+        ready = facts.store.subject + L"  •  " + storeName;
+        break;
+    }
+    case SigningSource::Automatic:
+        ready = L"signtool depodan seçer  •  " + storeName;
+        break;
+    case SigningSource::Plugin:
+        if (trim(signing.pluginPath).empty())
+            return missing(L"Eklenti seçilmedi — hizmetin .dll dosyasını seçin");
+        if (!facts.pluginExists) return missing(L"Eklenti bulunamadı — yolunu düzeltin");
+        if (trim(signing.pluginMetadataPath).empty())
+            return missing(L"Eklenti ayar dosyası seçilmedi — hizmetin dosyasını seçin");
+        if (!facts.metadataExists) return missing(L"Eklenti ayar dosyası bulunamadı — yolunu düzeltin");
+        ready = pathFileName(trim(signing.pluginPath)) + L"  •  " +
+                pathFileName(trim(signing.pluginMetadataPath));
+        break;
+    case SigningSource::Command:
+        // The operator's tool needs no signtool.
+        if (trim(signing.command).empty()) return missing(L"İmza komutu girilmedi — komutunuzu yazın");
+        if (signing.command.find(kFilePlaceholder) == std::wstring::npos)
+            return missing(L"Komutta {file} yok — imzalanacak exe'nin yerine yazın");
+        if (!facts.unsetVariable.empty())
+            return missing(L"%" + facts.unsetVariable +
+                           L"% tanımlı değil — tanımlayıp oluşturucuyu yeniden açın");
+        return {label, L"Kendi komutunuz: " + pathFileName(programOf(trim(signing.command))), true};
+    }
+    if (!facts.signtoolFound) return missing(L"signtool.exe yok — Windows SDK'nın imza araçlarını kurun");
+    return {label, ready, true};
 }
 
 std::wstring readinessHeader(const std::vector<ReadinessRow>& rows) {

@@ -2,6 +2,7 @@
 // What the Derleme page says about the session: the readiness checklist, the page's state, the result texts,
 // and how a connection chip looks.
 
+#include "packager/signing.h"
 #include "ui/style.h"
 
 #include <cstdint>
@@ -18,6 +19,14 @@ struct ReadinessAddress {
     int field = 0;
 };
 
+// What the window found out about the chosen certificate source, beyond what the options say.
+struct SigningFacts {
+    bool signtoolFound = false;
+    bool pfxExists = false, pluginExists = false, metadataExists = false;
+    StoreCertificate store;     // the thumbprint looked up in its store
+    std::wstring unsetVariable; // a %NAME% of the operator's command that the environment does not hold
+};
+
 struct ReadinessInputs {
     bool skinLoaded = false;
     std::wstring skinSource; // the .zip or folder path
@@ -27,8 +36,8 @@ struct ReadinessInputs {
     std::wstring outputPath; // field 1110
     bool outputFolderExists = false;
     std::wstring iconPath; // empty: the template's icon
-    bool signing = false;
-    std::wstring certificatePath; // field 1111
+    SigningOptions signing;
+    SigningFacts signingFacts;
     bool templateExists = false;
     // The news page, the feed and the buttons' links; an empty one is a choice, a malformed one is named.
     std::vector<ReadinessAddress> addresses;
@@ -48,6 +57,8 @@ struct ReadinessRow {
 
 // The design's six rows; a seventh, "Adresler", only when a page or link address is malformed.
 std::vector<ReadinessRow> readinessRows(const ReadinessInputs& inputs);
+// The "İmza" row: off, or whether the chosen source has what it needs, and what to do when it has not.
+ReadinessRow signingRow(const SigningOptions& signing, const SigningFacts& facts);
 // "N / 6 hazır".
 std::wstring readinessHeader(const std::vector<ReadinessRow>& rows);
 

@@ -48,7 +48,18 @@ const std::vector<FieldSpec>& fixedFields() {
         {kFieldPfx, kCikti, L"Sertifika (.pfx)", L"", L"sertifika.pfx", kStylePlain, false},
         {kFieldPassword, kCikti, L"Parola", L"Kaydedilmez; yalnızca bu oturumda kullanılır.", L"",
          kStylePassword, false},
+        {kFieldThumbprint, kCikti, L"Sertifika parmak izi (SHA-1)",
+         L"Sertifikanın Ayrıntılar sekmesindeki Parmak izi değeri.", L"3a 7f 0c … (40 onaltılık rakam)",
+         kStylePlain, true},
+        {kFieldPlugin, kCikti, L"İmza eklentisi (.dll)", L"", L"hizmetin signtool eklentisi", kStylePlain,
+         false},
+        {kFieldPluginMetadata, kCikti, L"Eklentinin ayar dosyası (hesap, sertifika profili)", L"",
+         L"metadata.json", kStylePlain, false},
+        {kFieldSignCommand, kCikti, L"İmza komutu",
+         L"{file} imzalanacak exe'nin yolu, %AD% o ortam değişkeninin değeri olur; dosyaya yazılmaz.",
+         L"jsign --storepass %PIN% … {file}", kStylePlain, true},
         {kFieldTimestamp, kCikti, L"Zaman damgası sunucusu", L"", kDefaultTimestampServer, kStylePlain, true},
+        {kFieldTimestampMore, kCikti, L"Yedek sunucular", L"", L"http://… http://…", kStylePlain, true},
     };
     return fields;
 }

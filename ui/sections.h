@@ -37,6 +37,12 @@ enum FieldId : int {
     kFieldPassword = 1112,
     kFieldTimestamp = 1113,
     kFieldFeedUrl = 1114,
+    // The certificate sources beside the PFX file, and the further time-stamp servers.
+    kFieldThumbprint = 1115,
+    kFieldPlugin = 1116,
+    kFieldPluginMetadata = 1117,
+    kFieldSignCommand = 1118,
+    kFieldTimestampMore = 1119,
     kFieldLinkFirst = 1200,
     kFieldLinkLast = 1599,
     kLogViewId = 1900,
@@ -47,7 +53,8 @@ constexpr bool isLinkField(int id) {
 }
 // The fields that only signing uses, enabled while signing is on.
 constexpr bool isSigningField(int id) {
-    return id == kFieldPfx || id == kFieldPassword || id == kFieldTimestamp;
+    return id == kFieldPfx || id == kFieldPassword || id == kFieldTimestamp ||
+           (id >= kFieldThumbprint && id <= kFieldTimestampMore);
 }
 // Leaving one of these refreshes the live preview.
 constexpr bool refreshesPreview(int id) {
@@ -103,6 +110,10 @@ enum Item : int {
     kItemCopyCrc = 23,
     kItemCopyLog = 24,
     kItemCopySelfUpdate = 25,
+    kItemSigningSource = 26,        // sub-item = the SigningSource
+    kItemToggleMachineStore = 27,   // the computer's store instead of the user's
+    kItemChoosePlugin = 28,         // the signing plug-in's .dll, "Seç"
+    kItemChoosePluginMetadata = 29, // its metadata file, "Seç"
     kItemReadinessRow = 30, // a checklist row that is not ready; sub-item = the row: goes to its field
 };
 

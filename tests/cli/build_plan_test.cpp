@@ -76,6 +76,14 @@ TEST_F(BuildPlanTest, EveryOptionReachesTheValueOfItsSessionKey) {
             line = name + "=" + wideToUtf8(value);
             break;
         }
+        case KeyType::Choice:
+            value = std::wstring(key.choices.back());
+            line = name + "=" + wideToUtf8(value);
+            break;
+        case KeyType::List:
+            value = L"http://ts2.example/";
+            line = name + "=" + wideToUtf8(value);
+            break;
         case KeyType::Links:
             value = L"URL_SITE=https://yeni/";
             line = sessionLinkKey(0, "URL_SITE") + "=https://yeni/";
@@ -88,9 +96,17 @@ TEST_F(BuildPlanTest, EveryOptionReachesTheValueOfItsSessionKey) {
             EXPECT_NE(keyText(key, fromOption.recipe), keyText(key, plan("", {}).recipe)) << name;
         }
         Recipe expected = fromFile.recipe;
-        // Naming a certificate on the command line asks for a signature; the file has a key of its own for
-        // it.
-        if (key.name == "sign_pfx") expected.signing.enabled = true;
+        // Naming a certificate source, or what only one source uses, on the command line asks for a signature
+        // with that source; the file has keys of its own for both.
+        const std::pair<std::string_view, SigningSource> chosen[] = {
+            {"sign_source", SigningSource::Command},   {"sign_pfx", SigningSource::PfxFile},
+            {"sign_thumbprint", SigningSource::Store}, {"sign_dlib", SigningSource::Plugin},
+            {"sign_dmdf", SigningSource::Plugin},      {"sign_command", SigningSource::Command}};
+        for (const auto& [option, source] : chosen) {
+            if (key.name != option) continue;
+            expected.signing.enabled = true;
+            expected.signing.source = source;
+        }
         EXPECT_TRUE(fromOption.recipe == expected) << name;
         EXPECT_EQ(fromOption.inputs.iconBytes, fromFile.inputs.iconBytes) << name;
         Recipe builtFromFile, builtFromOption;
@@ -98,6 +114,50 @@ TEST_F(BuildPlanTest, EveryOptionReachesTheValueOfItsSessionKey) {
         takeSkinValues(fromOption.workspace, builtFromOption);
         EXPECT_TRUE(builtFromOption == builtFromFile) << name << ": the working skins differ";
     }
+}
+
+// The command line picks the source; values of two sources without --sign-source are a usage error; a list
+// given on the command line replaces the file's, every use adding to it.
+TEST_F(BuildPlanTest, SigningSourceAndTimestampListFromTheCommandLine) {
+    const std::string file =
+        "sign=0\nsign_source=store\nsign_thumbprint=AB\nsign_ts_more=http://dosya.example\n";
+    BuildPlan p = plan(file, {});
+    EXPECT_FALSE(p.inputs.signing.enabled);
+    EXPECT_EQ(p.inputs.signing.source, SigningSource::Store);
+    EXPECT_EQ(p.inputs.signing.moreTimestampUrls, std::vector<std::wstring>{L"http://dosya.example"});
+
+    p = plan(file, {{L"--sign-source", L"auto", L""}, {L"--sign-machine-store", L"1", L""}});
+    EXPECT_TRUE(p.inputs.signing.enabled);
+    EXPECT_EQ(p.inputs.signing.source, SigningSource::Automatic);
+    EXPECT_TRUE(p.inputs.signing.machineStore);
+    EXPECT_EQ(p.inputs.signing.thumbprint, L"AB") << "the other sources' values are kept";
+
+    p = plan(file,
+             {{L"--sign-ts-more", L"http://a.example", L""}, {L"--sign-ts-more", L"http://b.example", L""}});
+    EXPECT_EQ(p.inputs.signing.moreTimestampUrls,
+              (std::vector<std::wstring>{L"http://a.example", L"http://b.example"}));
+    EXPECT_FALSE(p.inputs.signing.enabled) << "a time-stamp server alone asks for nothing";
+
+    // An explicit source settles what the values alone leave open.
+    p = plan(file, {{L"--sign-pfx", L"c.pfx", L""},
+                    {L"--sign-dlib", L"e.dll", L""},
+                    {L"--sign-source", L"plugin", L""}});
+    EXPECT_EQ(p.inputs.signing.source, SigningSource::Plugin);
+
+    Invocation invocation(kBuildCommand);
+    invocation.options = {{L"--out", dir_.file(L"K.exe"), L""},
+                          {L"--sign-dlib", L"e.dll", L""},
+                          {L"--sign-dmdf", L"m.json", L""},
+                          {L"--sign-thumbprint", L"AB", L""}};
+    invocation.arguments = {skin_};
+    QuietConsole console;
+    BuildPlan refused;
+    EXPECT_EQ(planBuild(invocation, console, refused), kExitUsage);
+    EXPECT_NE(
+        console.text.find(L"--sign-dlib ve --sign-thumbprint farklı imza kaynaklarına ait; --sign-source ile "
+                          L"birini seçin"),
+        std::wstring::npos)
+        << test::fsPath(console.text);
 }
 
 } // namespace

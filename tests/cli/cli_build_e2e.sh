@@ -40,6 +40,10 @@ check "a certificate that is not there" [ "$(first_err build "$S" --out "$O" --t
 check "a password variable that is not set" [ "$(first_err build "$S" --out "$O" --template "$T" \
     --sign-pfx "$(winpath "$work/cert.pfx")" --sign-password-env NV_E2E_UNSET)" = \
     "1 Ortam değişkeni tanımlı değil: NV_E2E_UNSET" ]
+check "a plug-in without its metadata file" [ "$(first_err build "$S" --out "$O" --template "$T" \
+    --sign-dlib "$(winpath "$work/cert.pfx")")" = "1 İmza açık ama eklentinin ayar dosyası seçilmedi." ]
+check "a command without the file's place" [ "$(first_err build "$S" --out "$O" --template "$T" \
+    --sign-command "imzala.exe")" = "1 İmza komutunda {file} yer tutucusu yok." ]
 check "an icon that is no picture" [ "$(first_err build "$S" --out "$O" --template "$T" \
     --icon "$(winpath "$sample/skin.xml")")" = \
     "1 Simge dönüştürülemedi: Gorsel cozulemedi (desteklenen: PNG, JPG, BMP, GIF)." ]
@@ -131,5 +135,32 @@ check "... with the signer's message" grep -qx "Oluşturulamadı: İmzalama baş
     <(tr -d '\r' <"$work/err")
 check "... and the previous patcher as it was" cmp -s "$work/previous.exe" "$work/out-dir/Kaldra.exe"
 check "... and no temporary file" [ ! -e "$work/out-dir/Kaldra.exe.building" ]
+
+# --- the other certificate sources, chosen by the options that only they take -------------------------------
+# A cloud service's plug-in: the first time-stamp server fails, the further one answers.
+: >"$work/signtool.log"
+touch "$work/Dlib.dll" "$work/metadata.json"
+NV_FAKE_SIGNTOOL_TS_EXIT=4 NV_FAKE_SIGNTOOL_TS_GOOD=http://ts2.invalid nv build "$S" --out "$O" --template "$T" \
+    --signtool "$(winpath "$signtool")" --sign-dlib "$(winpath "$work/Dlib.dll")" \
+    --sign-dmdf "$(winpath "$work/metadata.json")" --sign-ts http://ts1.invalid --sign-ts-more http://ts2.invalid \
+    >"$work/out" 2>"$work/err"
+check "a build signed through a plug-in exits 0" [ $? -eq 0 ]
+check "... the plug-in and its metadata on both lines, the servers in order" sh -c \
+    "[ \$(wc -l <'$work/signtool.log') -eq 2 ] &&
+     grep -F '/dlib \"$(winpath "$work/Dlib.dll")\" /dmdf \"$(winpath "$work/metadata.json")\"' '$work/signtool.log' |
+         sed -n 1p | grep -qF '/tr \"http://ts1.invalid\"' &&
+     sed -n 2p '$work/signtool.log' | grep -qF '/tr \"http://ts2.invalid\"'"
+check "... and the signer read back" grep -qx "İmzalayan: Kaldra Yazılım Test" <(tr -d '\r' <"$work/out")
+
+# The operator's own command, its PIN from the environment, never printed.
+: >"$work/signtool.log"
+NV_E2E_PIN=gizli-pin-77 nv build "$S" --out "$O" --template "$T" \
+    --sign-command "\"$(winpath "$signtool")\" kendi %NV_E2E_PIN% {file}" >"$work/out" 2>"$work/err"
+check "a build signed by the operator's command exits 0" [ $? -eq 0 ]
+check "... which got the PIN and the file" grep -qF "kendi gizli-pin-77 \"$(winpath "$work/out-dir/Kaldra.exe.building")\"" \
+    "$work/signtool.log"
+check "... said so, and showed the signer" sh -c "tr -d '\r' <'$work/out' | grep -qx 'İmzalanıyor (kendi komutunuzla)...' &&
+    tr -d '\r' <'$work/out' | grep -qx 'İmzalayan: Kaldra Yazılım Test'"
+check "... and never printed the PIN" sh -c "! grep -q gizli-pin '$work/out' '$work/err'"
 
 finish

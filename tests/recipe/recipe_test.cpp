@@ -36,6 +36,8 @@ TEST(RecipeKeys, EveryRowIsWhole) {
         EXPECT_EQ(k.text != nullptr, k.type == KeyType::Text) << name;
         EXPECT_EQ(k.count != nullptr, k.type == KeyType::Count) << name;
         EXPECT_EQ(k.flag != nullptr, k.type == KeyType::Flag) << name;
+        EXPECT_EQ(k.list != nullptr, k.type == KeyType::List) << name;
+        EXPECT_EQ(k.getChoice && k.setChoice && !k.choices.empty(), k.type == KeyType::Choice) << name;
         EXPECT_EQ(k.option.empty(), k.group == OptionGroup::None) << name;
         EXPECT_FALSE(k.secret && k.saved()) << name << ": a secret is never written";
         if (k.type == KeyType::Count) {
@@ -56,12 +58,28 @@ TEST(RecipeKeys, TextsReadByTheKeysRules) {
         bool taken;
         const wchar_t* value; // the key's text afterwards
     } cases[] = {
-        {"conn", L"8", true, L"8"},           {"conn", L"12", false, L"4"},
-        {"conn", L"0", false, L"4"},          {"conn", L"x", false, L"4"},
-        {"seg", L"abc", true, L"4"},          {"seg", L"0", true, L"1"},
-        {"seg", L"65", true, L"64"},          {"seg", L" 12 ", true, L"12"},
-        {"close_on_start", L"1", true, L"1"}, {"close_on_start", L"true", true, L"0"},
-        {"auto_start", L"1", true, L"1"},     {"title", L" Kaldra = Online ", true, L" Kaldra = Online "},
+        {"conn", L"8", true, L"8"},
+        {"conn", L"12", false, L"4"},
+        {"conn", L"0", false, L"4"},
+        {"conn", L"x", false, L"4"},
+        {"seg", L"abc", true, L"4"},
+        {"seg", L"0", true, L"1"},
+        {"seg", L"65", true, L"64"},
+        {"seg", L" 12 ", true, L"12"},
+        {"close_on_start", L"1", true, L"1"},
+        {"close_on_start", L"true", true, L"0"},
+        {"auto_start", L"1", true, L"1"},
+        {"title", L" Kaldra = Online ", true, L" Kaldra = Online "},
+        // A source this builder does not know leaves the one chosen; the names are exact.
+        {"sign_source", L"store", true, L"store"},
+        {"sign_source", L" command ", true, L"command"},
+        {"sign_source", L"hsm", false, L"pfx"},
+        {"sign_source", L"Store", false, L"pfx"},
+        // Addresses typed into one field, however they are separated.
+        {"sign_ts_more", L"http://a.example  http://b.example", true, L"http://a.example http://b.example"},
+        {"sign_ts_more", L" http://a.example,http://b.example; http://c.example ", true,
+         L"http://a.example http://b.example http://c.example"},
+        {"sign_ts_more", L" , ", true, L""},
     };
     for (const auto& c : cases) {
         Recipe recipe;
@@ -100,6 +118,10 @@ TEST(RecipeKeys, OptionsAreChecked) {
         {"link", L"=https://x/", L"--link ID=URL biçiminde olmalı: =https://x/"},
         {"link", L"URL_SITE", L"--link ID=URL biçiminde olmalı: URL_SITE"},
         {"title", L"", L""},
+        {"sign_source", L"plugin", L""},
+        {"sign_source", L"token",
+         L"--sign-source şunlardan biri olmalı: pfx, store, auto, plugin, command: token"},
+        {"sign_ts_more", L"http://ts.example", L""},
     };
     for (const auto& c : cases) {
         std::wstring error;

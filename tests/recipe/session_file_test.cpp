@@ -55,6 +55,11 @@ TEST(SessionFile, TextHasTheFixedOrderAndNoPassword) {
     r.settings.runArgs = L"--lang tr";
     r.signing.enabled = true;
     r.signing.pfxPath = L"C:\\cert.pfx";
+    r.signing.source = SigningSource::Store;
+    r.signing.thumbprint = L"3a 7f";
+    r.signing.machineStore = true;
+    r.signing.command = L"jsign --storepass %PIN% {file}";
+    r.signing.moreTimestampUrls = {L"http://ts2.example", L"http://ts3.example"};
     // Never written: the password, and what only the command line sets.
     r.signing.pfxPassword = L"gizli";
     r.signing.signtoolPath = L"C:\\sdk\\signtool.exe";
@@ -77,6 +82,9 @@ TEST(SessionFile, TextHasTheFixedOrderAndNoPassword) {
                               "run_args=--lang tr\r\n"
                               "v_product=\r\nv_company=\r\nv_version=1.0.0.0\r\nv_copyright=\r\n"
                               "sign=1\r\nsign_pfx=C:\\cert.pfx\r\nsign_ts=http://timestamp.digicert.com\r\n"
+                              "sign_source=store\r\nsign_thumbprint=3a 7f\r\nsign_machine_store=1\r\n"
+                              "sign_dlib=\r\nsign_dmdf=\r\nsign_command=jsign --storepass %PIN% {file}\r\n"
+                              "sign_ts_more=http://ts2.example http://ts3.example\r\n"
                               "link.3.site=https://kaldra.example/\r\n"
                               "link.-1.URL_X=http://x\r\n");
 }
@@ -155,7 +163,9 @@ TEST(SessionFile, RestoresInTheStepsOrder) {
         if (key.saved() && key.name != "icon" && key.name != "skin") file += std::string(key.name) + "=1\n";
     Recording target;
     applySession(parseSessionText(file), target);
-    EXPECT_EQ(target.calls, "out_name v_product v_company v_version v_copyright sign_pfx sign_ts icon skin "
+    EXPECT_EQ(target.calls, "out_name v_product v_company v_version v_copyright sign_pfx sign_ts sign_source "
+                            "sign_thumbprint sign_machine_store sign_dlib sign_dmdf sign_command "
+                            "sign_ts_more icon skin "
                             "config_url iframe_url feed_url title conn seg close_on_start auto_start "
                             "allow_error browser_emu run_args link0 out_path sign");
 }
@@ -175,6 +185,12 @@ TEST(SessionFile, EveryKeyComesBackAsWritten) {
             break;
         case KeyType::Flag:
             key.flag(written) = !key.flag(written);
+            break;
+        case KeyType::Choice:
+            key.setChoice(written, static_cast<int>(key.choices.size()) - 1);
+            break;
+        case KeyType::List:
+            key.list(written) = {L"http://bir.example/", L"http://iki.example/"};
             break;
         case KeyType::Links:
             written.links = {{0, "URL_SITE", L"https://site.example/"},

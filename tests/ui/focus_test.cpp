@@ -47,11 +47,11 @@ TEST(Focus, TabOrderFollowsThePage) {
     // preview button is disabled: no stops.
     PageModel cikti;
     cikti.section = kCikti;
-    EXPECT_EQ(chainOf(cikti), withSidebar({L"f1110", L"17.0", L"18.0", L"19.0"}));
+    EXPECT_EQ(chainOf(cikti), withSidebar({L"f1110", L"17.0", L"18.0", L"26.0", L"19.0"}));
     cikti.recipe.signing.enabled = true;
     cikti.skinLoaded = true;
-    EXPECT_EQ(chainOf(cikti),
-              withSidebar({L"f1110", L"17.0", L"18.0", L"f1111", L"19.0", L"f1112", L"f1113", L"3.0"}));
+    EXPECT_EQ(chainOf(cikti), withSidebar({L"f1110", L"17.0", L"18.0", L"26.0", L"f1111", L"19.0", L"f1112",
+                                           L"f1113", L"f1119", L"3.0"}));
     PageModel derleme = cikti;
     derleme.section = kDerleme;
     derleme.buildState = BuildPageState::Ready;

@@ -23,6 +23,10 @@ PageModel loadedModel(int section) {
     m.buildState = BuildPageState::Done;
     m.hasResult = true;
     m.crc = 0x9C41A07E;
+    // Signed, so that the result card shows its signer lines.
+    m.signedResult = true;
+    m.signature = {L"Kaldra Yazılım ve Oyun Hizmetleri Ltd", L"3A7F0C1122334455667788990AABBCCDDEEFF0012",
+                   TimestampKind::Rfc3161, 1772720521};
     m.recipe.outPath = L"C:\\Oyunlar\\Kaldra\\Kaldra.exe";
     m.readiness = readinessRows({});
     m.preview = PreviewState::Waiting;
@@ -102,16 +106,25 @@ TEST(Layout, EveryPageFitsEveryClient) {
         const FakeMeasure measure(size.dpi);
         for (int section = 0; section < kSectionCount; ++section) {
             // Nothing loaded, then a loaded skin in every state of the Derleme page.
-            for (int state = -1; state <= static_cast<int>(BuildPageState::Failed); ++state) {
+            // On the Çıktı ve İmza page each certificate source has fields of its own: one state each.
+            const int states = section == kCikti ? static_cast<int>(SigningSource::Command)
+                                                 : static_cast<int>(BuildPageState::Failed);
+            for (int state = -1; state <= states; ++state) {
                 const bool loaded = state >= 0;
-                if (loaded && state != static_cast<int>(BuildPageState::Done) && section != kDerleme)
+                if (loaded && state != static_cast<int>(BuildPageState::Done) && section != kDerleme &&
+                    section != kCikti)
                     continue;
                 SCOPED_TRACE(std::to_string(size.w) + "x" + std::to_string(size.h) + "@" +
                              std::to_string(size.dpi) + " section " + std::to_string(section) + " state " +
                              std::to_string(state));
                 PageModel model = loaded ? loadedModel(section) : PageModel{};
                 model.section = section;
-                if (loaded) model.buildState = static_cast<BuildPageState>(state);
+                if (loaded && section == kCikti) {
+                    model.recipe.signing.enabled = true;
+                    model.recipe.signing.source = static_cast<SigningSource>(state);
+                } else if (loaded) {
+                    model.buildState = static_cast<BuildPageState>(state);
+                }
                 model.hasResult = model.buildState == BuildPageState::Done; // a finished build's numbers
                 if (model.buildState == BuildPageState::Ready) model.recipe.outPath.clear();
                 if (model.buildState == BuildPageState::Building) model.building = true;
@@ -202,16 +215,64 @@ std::set<int> placedFields(const WindowLayout& layout) {
     return ids;
 }
 
-// Each section lays out exactly the fixed fields that belong to it.
+// Each section lays out exactly the fixed fields that belong to it; on the Çıktı ve İmza page the signing
+// fields are those of the chosen certificate source.
 TEST(Layout, EachSectionPlacesItsOwnFields) {
     const FakeMeasure measure(96);
     for (int section = 0; section < kSectionCount; ++section) {
         std::set<int> own;
         for (const FieldSpec& f : fixedFields())
-            if (f.section == section) own.insert(f.id);
+            if (f.section == section && !isSigningField(f.id)) own.insert(f.id);
         PageModel model;
         model.section = section;
-        EXPECT_EQ(placedFields(layoutWindow(1320, 820, 96, model, measure)), own) << section;
+        if (section != kCikti) {
+            EXPECT_EQ(placedFields(layoutWindow(1320, 820, 96, model, measure)), own) << section;
+            continue;
+        }
+        const std::pair<SigningSource, std::set<int>> sources[] = {
+            {SigningSource::PfxFile, {kFieldPfx, kFieldPassword, kFieldTimestamp, kFieldTimestampMore}},
+            {SigningSource::Store, {kFieldThumbprint, kFieldTimestamp, kFieldTimestampMore}},
+            {SigningSource::Automatic, {kFieldTimestamp, kFieldTimestampMore}},
+            {SigningSource::Plugin,
+             {kFieldPlugin, kFieldPluginMetadata, kFieldTimestamp, kFieldTimestampMore}},
+            {SigningSource::Command, {kFieldSignCommand}},
+        };
+        std::set<int> seen;
+        for (const auto& [source, fields] : sources) {
+            model.recipe.signing.source = source;
+            std::set<int> expected = own;
+            expected.insert(fields.begin(), fields.end());
+            seen.insert(fields.begin(), fields.end());
+            EXPECT_EQ(placedFields(layoutWindow(1320, 820, 96, model, measure)), expected)
+                << static_cast<int>(source);
+        }
+        for (const FieldSpec& f : fixedFields())
+            if (isSigningField(f.id)) {
+                EXPECT_TRUE(seen.count(f.id)) << f.id << " is never shown";
+            }
+    }
+}
+
+// The source chips switch the source and show which one is chosen; while a build runs they take no click.
+TEST(Layout, SigningSourceChips) {
+    const FakeMeasure measure(96);
+    PageModel model = loadedModel(kCikti);
+    model.recipe.signing.source = SigningSource::Plugin;
+    for (bool building : {false, true}) {
+        model.building = building;
+        const WindowLayout layout = layoutWindow(1100, 700, 96, model, measure);
+        int chips = 0;
+        for (const Block& b : layout.blocks) {
+            if (b.kind != BlockKind::Chip) continue;
+            ++chips;
+            EXPECT_EQ(b.item, kItemSigningSource);
+            EXPECT_EQ(b.on, b.sub == static_cast<int>(SigningSource::Plugin));
+            const Hit hit =
+                hitTest(layout, (b.rect.left + b.rect.right) / 2, (b.rect.top + b.rect.bottom) / 2);
+            EXPECT_EQ(hit.item, building ? kItemNone : kItemSigningSource);
+            EXPECT_EQ(hit.sub, building ? 0 : b.sub);
+        }
+        EXPECT_EQ(chips, 5);
     }
 }
 

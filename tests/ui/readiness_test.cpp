@@ -1,5 +1,7 @@
 #include "ui/readiness.h"
 
+#include "tests/support/test_support.h"
+
 #include <gtest/gtest.h>
 
 namespace nv::ui {
@@ -50,8 +52,6 @@ TEST(Readiness, RowsFollowTheSession) {
         {[](auto& in) { in.outputPath.clear(); }, 2, L"Seçilmedi", false},
         {[](auto& in) { in.outputFolderExists = false; }, 2, L"Klasör bulunamadı", false},
         {[](auto& in) { in.iconPath = L"C:\\i\\kaldra.png"; }, 3, L"kaldra.png", true},
-        {[](auto& in) { in.signing = true; }, 4, L"Sertifika seçilmedi", false},
-        {[](auto& in) { in.signing = true, in.certificatePath = L"C:\\c\\imza.pfx"; }, 4, L"imza.pfx", true},
         {[](auto& in) { in.templateExists = false; }, 5, L"Norvane.Template.exe yok — build.bat", false},
     };
     for (const Case& c : cases) {
@@ -65,6 +65,82 @@ TEST(Readiness, RowsFollowTheSession) {
     in.skinLoaded = false;
     in.configUrl.clear();
     EXPECT_EQ(readinessHeader(readinessRows(in)), L"4 / 6 hazır");
+}
+
+// The "İmza" row for each certificate source: what it still needs, the fix in the same line, or its own
+// words once it is ready. A PFX file reads as it always has.
+TEST(Readiness, SigningRowSaysWhatTheChosenSourceLacks) {
+    SigningFacts present;
+    present.signtoolFound = present.pfxExists = present.pluginExists = present.metadataExists = true;
+    present.store = {true, true, L"Kaldra Yazılım"};
+    const std::wstring thumbprint = L"3a 7f 0c 11 22 33 44 55 66 77 88 99 aa bb cc dd ee ff 00 12";
+    struct Case {
+        SigningSource source;
+        void (*change)(SigningOptions&, SigningFacts&);
+        const wchar_t* value;
+        bool ready;
+    } cases[] = {
+        {SigningSource::PfxFile, [](auto&, auto&) {}, L"imza.pfx", true},
+        {SigningSource::PfxFile, [](auto& o, auto&) { o.pfxPath = L"  "; }, L"Sertifika seçilmedi", false},
+        {SigningSource::PfxFile, [](auto&, auto& f) { f.pfxExists = false; },
+         L"Sertifika dosyası bulunamadı — yeniden seçin", false},
+        {SigningSource::PfxFile, [](auto&, auto& f) { f.signtoolFound = false; },
+         L"signtool.exe yok — Windows SDK'nın imza araçlarını kurun", false},
+        {SigningSource::Store, [](auto&, auto&) {}, L"Kaldra Yazılım  •  kullanıcı deposu", true},
+        {SigningSource::Store, [](auto& o, auto&) { o.machineStore = true; },
+         L"Kaldra Yazılım  •  bilgisayar deposu", true},
+        {SigningSource::Store, [](auto& o, auto&) { o.thumbprint.clear(); },
+         L"Parmak izi girilmedi — sertifikanınkini yapıştırın", false},
+        {SigningSource::Store, [](auto& o, auto&) { o.thumbprint = L"3a7f"; },
+         L"Parmak izi geçersiz — 40 onaltılık rakam olmalı", false},
+        {SigningSource::Store, [](auto&, auto& f) { f.store = {}; },
+         L"Depoda yok — token'ı takın ya da sertifikayı kullanıcı deposuna alın", false},
+        {SigningSource::Store, [](auto&, auto& f) { f.store.hasKey = false; },
+         L"Özel anahtarı yok — token'ı takın, sürücüsünü kurun", false},
+        {SigningSource::Store, [](auto&, auto& f) { f.signtoolFound = false; },
+         L"signtool.exe yok — Windows SDK'nın imza araçlarını kurun", false},
+        {SigningSource::Automatic, [](auto&, auto&) {}, L"signtool depodan seçer  •  kullanıcı deposu", true},
+        {SigningSource::Automatic, [](auto&, auto& f) { f.signtoolFound = false; },
+         L"signtool.exe yok — Windows SDK'nın imza araçlarını kurun", false},
+        {SigningSource::Plugin, [](auto&, auto&) {}, L"Dlib.dll  •  metadata.json", true},
+        {SigningSource::Plugin, [](auto& o, auto&) { o.pluginPath.clear(); },
+         L"Eklenti seçilmedi — hizmetin .dll dosyasını seçin", false},
+        {SigningSource::Plugin, [](auto&, auto& f) { f.pluginExists = false; },
+         L"Eklenti bulunamadı — yolunu düzeltin", false},
+        {SigningSource::Plugin, [](auto& o, auto&) { o.pluginMetadataPath.clear(); },
+         L"Eklenti ayar dosyası seçilmedi — hizmetin dosyasını seçin", false},
+        {SigningSource::Plugin, [](auto&, auto& f) { f.metadataExists = false; },
+         L"Eklenti ayar dosyası bulunamadı — yolunu düzeltin", false},
+        // The operator's own tool needs no signtool.
+        {SigningSource::Command, [](auto&, auto& f) { f.signtoolFound = false; },
+         L"Kendi komutunuz: jsign.exe", true},
+        {SigningSource::Command, [](auto& o, auto&) { o.command = L" "; },
+         L"İmza komutu girilmedi — komutunuzu yazın", false},
+        {SigningSource::Command, [](auto& o, auto&) { o.command = L"jsign.exe --storepass %PIN% file"; },
+         L"Komutta {file} yok — imzalanacak exe'nin yerine yazın", false},
+        {SigningSource::Command, [](auto&, auto& f) { f.unsetVariable = L"PIN"; },
+         L"%PIN% tanımlı değil — tanımlayıp oluşturucuyu yeniden açın", false},
+    };
+    for (const Case& c : cases) {
+        SigningOptions options;
+        options.enabled = true;
+        options.source = c.source;
+        options.pfxPath = L" C:\\c\\imza.pfx ";
+        options.thumbprint = thumbprint;
+        options.pluginPath = L"C:\\Hizmet\\Dlib.dll";
+        options.pluginMetadataPath = L"C:\\Hizmet\\metadata.json";
+        options.command = L"\"C:\\Araçlar\\jsign.exe\" --storepass %PIN% {file}";
+        SigningFacts facts = present;
+        c.change(options, facts);
+        const ReadinessRow row = signingRow(options, facts);
+        EXPECT_STREQ(row.label, L"İmza");
+        EXPECT_EQ(row.value, c.value) << static_cast<int>(c.source);
+        EXPECT_EQ(row.ready, c.ready) << test::fsPath(c.value);
+        // Switched off, no source is asked anything.
+        options.enabled = false;
+        EXPECT_EQ(signingRow(options, {}).value, L"Kapalı — isteğe bağlı");
+        EXPECT_TRUE(signingRow(options, {}).ready);
+    }
 }
 
 TEST(Readiness, PageStateAndResultTexts) {

@@ -16,6 +16,7 @@
 #include "ui/win32/log_view.h"
 #include "ui/win32/preview_panel.h"
 #include "ui/win32/session_store.h"
+#include "ui/win32/signing_probe.h"
 
 #include <shellapi.h>
 
@@ -171,6 +172,8 @@ private:
     void chooseIcon();
     void removeIcon();
     void chooseCertificate();
+    // The signing plug-in's .dll or its metadata file, by the item of its "Seç".
+    void choosePluginFile(int item);
     void showOutputInFolder();
     void copyResultText(int item);
     void toggle(std::string_view key);
@@ -225,6 +228,7 @@ private:
     BuildRunner build_;
     PreviewPanel preview_;
     SessionStore session_;
+    SigningProbe signingProbe_;
 };
 
 } // namespace nv::ui::win

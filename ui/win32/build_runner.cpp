@@ -136,7 +136,11 @@ void BuildRunner::complete(std::unique_ptr<BuildResult> result) {
             wsprintfW(line, L"CRC32: %08X    Boyut: %s", static_cast<unsigned>(result->crc32),
                       sizeText(result->size).c_str());
             app_.appendLog(line, 1);
-            if (result->wasSigned) app_.appendLog(L"Dijital imza eklendi.", 1);
+            if (result->wasSigned) {
+                app_.appendLog(L"Dijital imza eklendi.", 1);
+                for (const std::wstring& signer : signatureLines(result->signature))
+                    app_.appendLog(signer, 0);
+            }
             // A patcher that cannot update, or a button that opens nothing, is never a quiet success.
             for (const std::wstring& warning : addressWarnings_)
                 app_.appendLog(warning, 2);

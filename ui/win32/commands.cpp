@@ -89,6 +89,22 @@ void BuilderApp::runCommand(int item, int sub) {
     case kItemChooseCertificate:
         chooseCertificate();
         break;
+    case kItemSigningSource:
+        if (sub < 0 || sub > static_cast<int>(SigningSource::Command)) break;
+        decisions_.signing.source = static_cast<SigningSource>(sub);
+        session_.save();
+        relayout(); // the card's fields are the source's own
+        InvalidateRect(hwnd_, nullptr, FALSE);
+        break;
+    case kItemToggleMachineStore:
+        toggle("sign_machine_store");
+        session_.save();
+        InvalidateRect(hwnd_, nullptr, FALSE);
+        break;
+    case kItemChoosePlugin:
+    case kItemChoosePluginMetadata:
+        choosePluginFile(item);
+        break;
     case kItemShowInFolder:
         showOutputInFolder();
         break;

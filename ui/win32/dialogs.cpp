@@ -141,6 +141,22 @@ void BuilderApp::chooseCertificate() {
         useCertificate(path);
 }
 
+void BuilderApp::choosePluginFile(int item) {
+    const bool plugin = item == kItemChoosePlugin;
+    std::wstring path;
+    if (!chooseOpenFile(hwnd_,
+                        plugin ? L"İmza eklentisi (signtool /dlib)" : L"Eklentinin ayar dosyası (/dmdf)",
+                        plugin ? filter({L"Eklenti (*.dll)", L"*.dll", L"Tüm dosyalar (*.*)", L"*.*"})
+                               : filter({L"Ayar dosyası (*.json)", L"*.json", L"Tüm dosyalar (*.*)", L"*.*"}),
+                        path))
+        return;
+    fields_.setText(plugin ? kFieldPlugin : kFieldPluginMetadata, path);
+    // As with a certificate file: choosing the plug-in means signing with it is wanted.
+    if (!decisions_.signing.enabled) runCommand(kItemToggleSigning, 0);
+    session_.save();
+    InvalidateRect(hwnd_, nullptr, FALSE);
+}
+
 void BuilderApp::useCertificate(const std::wstring& path) {
     fields_.setText(kFieldPfx, path);
     // Choosing a certificate means signing is wanted.

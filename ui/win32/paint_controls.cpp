@@ -82,7 +82,8 @@ void paintFieldBox(const PaintContext& c, const Block& b) {
 
 // One connection count; the current one stands out.
 void paintChip(const PaintContext& c, const Block& b) {
-    const ChipLook look = chipLook(b.sub, c.model.recipe.settings.connections, c.hovered(b));
+    // The layout marks the chip that stands for the current value (a connection count, a signing source).
+    const ChipLook look = chipLook(b.on ? b.sub : -1, b.sub, c.hovered(b));
     fillRoundRect(c.dc, b.rect, float(c.s(8)), b.disabled && !look.border ? color::kPage : look.fill);
     if (look.border) strokeRoundRect(c.dc, b.rect, float(c.s(8)), color::kHairline, float(c.s(1)));
     drawText(c.dc, b.text, b.rect, c.font(look.bold ? kFontSmallBold : kFontSmall), look.text,

@@ -101,6 +101,7 @@ PageModel BuilderApp::pageModel() const {
     m.hasResult = build_.succeeded() && !m.building;
     m.crc = build_.lastResult().crc32;
     m.signedResult = build_.lastResult().wasSigned;
+    m.signature = build_.lastResult().signature;
     m.elapsedMs = build_.elapsedMs();
     m.readiness = readinessRows(readinessInputs(m.recipe));
 
@@ -128,8 +129,8 @@ ReadinessInputs BuilderApp::readinessInputs(const Recipe& recipe) const {
     const std::wstring folder = pathParent(trim(in.outputPath));
     in.outputFolderExists = !folder.empty() && folderExists(folder);
     in.iconPath = recipe.icon;
-    in.signing = recipe.signing.enabled;
-    in.certificatePath = recipe.signing.pfxPath;
+    in.signing = recipe.signing;
+    in.signingFacts = signingProbe_.facts(recipe.signing);
     in.templateExists = fileExists(templatePath_);
     if (skinLoaded_) {
         in.addresses.push_back({L"haber sayfası", recipe.iframeUrl, kFieldNewsUrl});

@@ -214,6 +214,10 @@ TEST_F(BuilderCommands, TheWindowsSessionBuildsTheSameWithNvbuild) {
             app_->runCommand(toggle->item, 0);
         } else if (key.name == "sign") {
             setSigning(true);
+        } else if (key.name == "sign_source") {
+            app_->runCommand(kItemSigningSource, static_cast<int>(SigningSource::Command));
+        } else if (key.name == "sign_machine_store") {
+            app_->runCommand(kItemToggleMachineStore, 0);
         } else if (key.name == "icon") {
             app_->setIcon(picture, true);
         } else if (key.name == "link") {
@@ -225,6 +229,9 @@ TEST_F(BuilderCommands, TheWindowsSessionBuildsTheSameWithNvbuild) {
     const Recipe set = app_->recipe();
     EXPECT_EQ(set.settings.connections, 7);
     EXPECT_EQ(set.settings.segmentMb, 17);
+    EXPECT_EQ(set.signing.source, SigningSource::Command);
+    EXPECT_TRUE(set.signing.machineStore);
+    EXPECT_EQ(set.signing.moreTimestampUrls, (std::vector<std::wstring>{L"pencere", L"sign_ts_more"}));
     app_->session().setPath(file);
     app_->session().save();
     app_->session().setPath(L"");
@@ -253,6 +260,8 @@ TEST_F(BuilderCommands, TheWindowsSessionBuildsTheSameWithNvbuild) {
     ASSERT_TRUE(plan.workspace.buildSkinPackage(fromFile, messages)) << test::fsPath(messages.error);
     EXPECT_EQ(fromFile, fromWindow);
     setSigning(false);
+    app_->runCommand(kItemSigningSource, static_cast<int>(SigningSource::PfxFile));
+    app_->runCommand(kItemToggleMachineStore, 0);
 }
 
 TEST_F(BuilderCommands, SessionWrittenWithoutThePasswordAndRestored) {
