@@ -62,9 +62,13 @@ Rect Card::field(int id, const std::wstring& label, const std::wstring& labelNot
                  int boxRight) {
     const Spacing sp = spacing(ctx_);
     if (!label.empty()) {
-        const int h = ctx_.line(kFontSmallBold);
+        // A label wider than a narrow card wraps rather than lose its end.
+        const bool wraps = ctx_.textWidth(label, kFontSmallBold) > width();
+        const int h =
+            wraps ? ctx_.measure.wrappedHeight(label, kFontSmallBold, width()) : ctx_.line(kFontSmallBold);
         const int labelWidth = std::min(width(), ctx_.textWidth(label, kFontSmallBold));
-        ctx_.text({left_, y, left_ + labelWidth, y + h}, label, kFontSmallBold, color::kText);
+        ctx_.text({left_, y, left_ + labelWidth, y + h}, label, kFontSmallBold, color::kText, Align::Left,
+                  wraps);
         if (!labelNote.empty()) {
             const int noteLeft = left_ + labelWidth + ctx_.s(6);
             if (noteLeft < right_)
@@ -134,21 +138,6 @@ void layoutSidebar(Ctx& ctx) {
     ctx.text({f.s(20), headingTop, f.sidebar.right - f.s(14), headingTop + ctx.line(kFontTiny)}, L"BÖLÜMLER",
              kFontTiny, color::kMuted);
 
-    const int entryHeight = f.s(f.compact ? 46 : 50);
-    const int period = entryHeight + f.s(f.compact ? 2 : 4);
-    int top = headingTop + ctx.line(kFontTiny) + f.s(8);
-    for (int i = 0; i < kSectionCount; ++i) {
-        Block entry{.kind = BlockKind::NavEntry,
-                    .rect = {f.s(14), top, f.sidebar.right - f.s(14), top + entryHeight}};
-        entry.item = kItemSection;
-        entry.sub = i;
-        entry.on = m.section == i;
-        entry.text = sectionInfo(i).title;
-        entry.text2 = sectionInfo(i).subtitle;
-        ctx.add(std::move(entry));
-        top += period;
-    }
-
     const int buildBottom = f.client.bottom - f.s(24);
     const int buildTop = buildBottom - f.s(44);
     Block skin{.kind = BlockKind::SkinCard};
@@ -169,7 +158,32 @@ void layoutSidebar(Ctx& ctx) {
     const int lines = 1 + static_cast<int>(std::count(skin.text2.begin(), skin.text2.end(), L'\n'));
     const int skinHeight = f.s(20) + ctx.line(kFontBodyBold) + f.s(2) + lines * ctx.line(kFontTiny);
     skin.rect = {f.s(14), buildTop - f.s(16) - skinHeight, f.sidebar.right - f.s(14), buildTop - f.s(16)};
-    ctx.add(std::move(skin));
+
+    // The sections keep their place above the skin card. On a short window (a laptop at 125 %) the skin
+    // card gives way first, then the entries shrink, last of all losing their subtitles.
+    const int entriesTop = headingTop + ctx.line(kFontTiny) + f.s(8);
+    int entryHeight = f.s(f.compact ? 46 : 50);
+    int period = entryHeight + f.s(f.compact ? 2 : 4);
+    const bool skinFits = entriesTop + kSectionCount * period <= skin.rect.top - f.s(8);
+    const int limit = skinFits ? skin.rect.top - f.s(8) : buildTop - f.s(12);
+    if (entriesTop + kSectionCount * period > limit) {
+        period = std::max(f.s(28), (limit - entriesTop) / kSectionCount);
+        entryHeight = period - f.s(2);
+    }
+    const bool subtitles = entryHeight >= ctx.line(kFontBodyBold) + ctx.line(kFontTiny) + f.s(8);
+    int top = entriesTop;
+    for (int i = 0; i < kSectionCount; ++i) {
+        Block entry{.kind = BlockKind::NavEntry,
+                    .rect = {f.s(14), top, f.sidebar.right - f.s(14), top + entryHeight}};
+        entry.item = kItemSection;
+        entry.sub = i;
+        entry.on = m.section == i;
+        entry.text = sectionInfo(i).title;
+        if (subtitles) entry.text2 = sectionInfo(i).subtitle;
+        ctx.add(std::move(entry));
+        top += period;
+    }
+    if (skinFits) ctx.add(std::move(skin));
 
     Block build{.kind = BlockKind::SidebarBuild,
                 .rect = {f.s(14), buildTop, f.sidebar.right - f.s(14), buildBottom}};
@@ -308,6 +322,33 @@ FrameLayout layoutFrame(int clientWidth, int clientHeight, int dpi) {
     return f;
 }
 
+namespace {
+
+// The section's cards are laid out from the column's top whatever their height; where they run past the
+// column's bottom the column scrolls: its blocks move up by the offset and are seen only inside the view.
+void scrollPage(WindowLayout& layout, size_t first, int scroll) {
+    const FrameLayout& f = layout.frame;
+    layout.pageView = f.form;
+    int bottom = f.form.top;
+    for (size_t i = first; i < layout.blocks.size(); ++i)
+        bottom = std::max(bottom, layout.blocks[i].rect.bottom);
+    // A little room under the last card, so that its edge is not on the view's.
+    layout.pageContent = bottom - f.form.top + (bottom > f.form.bottom ? f.s(2) : 0);
+    layout.pageScroll = std::clamp(scroll, 0, layout.maxPageScroll());
+    for (size_t i = first; i < layout.blocks.size(); ++i) {
+        Block& b = layout.blocks[i];
+        b.scrolls = true;
+        b.rect.top -= layout.pageScroll;
+        b.rect.bottom -= layout.pageScroll;
+    }
+    layout.pageBar = thinScrollBar(f.form.top, f.form.bottom, f.form.height(), layout.pageContent,
+                                   layout.pageScroll, f.s(24));
+    if (layout.pageBar.visible)
+        layout.pageTrack = {f.form.right + f.s(7), f.form.top, f.form.right + f.s(10), f.form.bottom};
+}
+
+} // namespace
+
 WindowLayout layoutWindow(int clientWidth, int clientHeight, int dpi, const PageModel& model,
                           const TextMeasure& measure) {
     WindowLayout layout;
@@ -315,6 +356,7 @@ WindowLayout layoutWindow(int clientWidth, int clientHeight, int dpi, const Page
     detail::Ctx ctx{layout.frame, model, measure, layout};
     detail::layoutSidebar(ctx);
     detail::layoutHeaderAndFooter(ctx);
+    const size_t pageFirst = layout.blocks.size();
     switch (model.section) {
     case kKaynak:
         detail::layoutKaynak(ctx);
@@ -335,6 +377,7 @@ WindowLayout layoutWindow(int clientWidth, int clientHeight, int dpi, const Page
         detail::layoutDerleme(ctx);
         break;
     }
+    scrollPage(layout, pageFirst, model.pageScroll);
     if (model.section == kDerleme)
         detail::layoutLogCard(ctx);
     else
@@ -345,8 +388,19 @@ WindowLayout layoutWindow(int clientWidth, int clientHeight, int dpi, const Page
 std::vector<std::pair<int, Rect>> fieldRows(const WindowLayout& layout) {
     std::vector<std::pair<int, Rect>> rows;
     for (const Block& block : layout.blocks)
-        if (block.kind == BlockKind::FieldBox) rows.emplace_back(block.field, block.rect);
+        if (block.kind == BlockKind::FieldBox && (!block.scrolls || layout.pageView.contains(block.rect)))
+            rows.emplace_back(block.field, block.rect);
     return rows;
+}
+
+int scrollToShow(const WindowLayout& layout, const Rect& rect, int margin) {
+    const Rect& view = layout.pageView;
+    int scroll = layout.pageScroll;
+    if (rect.top - margin < view.top || rect.height() + 2 * margin > view.height())
+        scroll -= view.top - (rect.top - margin);
+    else if (rect.bottom + margin > view.bottom)
+        scroll += rect.bottom + margin - view.bottom;
+    return std::clamp(scroll, 0, layout.maxPageScroll());
 }
 
 Rect editRect(const Rect& row, int textHeight, int dpi) {
@@ -365,8 +419,11 @@ bool blockHit(const Block& block, int x, int y) {
 }
 
 Hit hitTest(const WindowLayout& layout, int x, int y) {
-    for (auto it = layout.blocks.rbegin(); it != layout.blocks.rend(); ++it)
+    for (auto it = layout.blocks.rbegin(); it != layout.blocks.rend(); ++it) {
+        // What the form column's view cuts off cannot be clicked.
+        if (it->scrolls && !layout.pageView.contains(x, y)) continue;
         if (blockHit(*it, x, y)) return {it->item, it->sub};
+    }
     return {};
 }
 

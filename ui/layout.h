@@ -7,9 +7,11 @@
 #include "recipe/recipe.h"
 #include "ui/icons.h"
 #include "ui/readiness.h"
+#include "ui/scroll.h"
 #include "ui/sections.h"
 #include "ui/style.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <string>
@@ -76,7 +78,10 @@ struct PageModel {
     int hoverItem = kItemNone, hoverSub = 0;
     int pressedItem = kItemNone, pressedSub = 0;
     int focusField = 0; // the edit control that has the focus, 0 for none
+    // The self-drawn item that has the keyboard's focus (the window itself has it), kItemNone for none.
+    int focusItem = kItemNone, focusSub = 0;
     int tick = 0;       // busy animation
+    int pageScroll = 0; // how far the form column is scrolled down, in pixels
 
     bool skinLoaded = false;
     bool skinLoadFailed = false;
@@ -95,7 +100,8 @@ struct PageModel {
     bool building = false;
     BuildPageState buildState = BuildPageState::NoSkin;
     std::wstring lastMessage;
-    bool hasResult = false; // a successful build's numbers
+    bool hasResult = false;   // a successful build's numbers
+    bool resultStale = false; // the settings changed since the last build
     uint32_t crc = 0;
     bool signedResult = false;
     SignatureInfo signature; // read back from the signed patcher
@@ -151,6 +157,8 @@ struct Block {
     bool wrap = false;     // Text: word-wrapped over several lines
     bool path = false;     // Text: a path, shortened in its middle rather than at its end
     bool on = false;       // selected, switched on, ready, current
+    bool warning = false;  // CheckRow: not ready, but the build goes on (amber rather than red)
+    bool scrolls = false;  // in the form column: moves with its scroll and is seen only inside its view
     bool disabled = false; // drawn muted and not clickable
     bool hasIcon = false;
     Icon icon = Icon::Check;
@@ -164,12 +172,21 @@ struct WindowLayout {
     int linkPages = 1;    // pages of the link list in section 1
     int linkPageSize = 1; // link fields a page
     Rect logView;         // section 5: where the log view goes; empty elsewhere
+    // The form column scrolls when its cards are taller than the column: the view, the height of what is in
+    // it, the offset used (kept to 0 ... pageContent - view height) and the thin bar beside it.
+    Rect pageView;
+    int pageContent = 0;
+    int pageScroll = 0;
+    ThinScrollBar pageBar;
+    Rect pageTrack; // where the bar is drawn: a thin strip in the gap right of the form column
+    int maxPageScroll() const { return std::max(0, pageContent - pageView.height()); }
 };
 
 WindowLayout layoutWindow(int clientWidth, int clientHeight, int dpi, const PageModel& model,
                           const TextMeasure& measure);
 
-// The field boxes of the layout: control id and row rectangle.
+// The field boxes of the layout whose edit control is shown: control id and row rectangle. A box of the form
+// column that its view cuts is left out (its control would lie over the header or the footer).
 std::vector<std::pair<int, Rect>> fieldRows(const WindowLayout& layout);
 // Where an edit control sits inside its row: 12 px in from the left, 24 px narrower than the row, as high as
 // its font's text plus 2, centred vertically.
@@ -185,6 +202,10 @@ struct Hit {
     int sub = 0;
 };
 Hit hitTest(const WindowLayout& layout, int x, int y);
+
+// The scroll offset that brings a rectangle of the form column (as laid out at offset scroll) wholly into the
+// view, with a margin; a rectangle taller than the view is aligned at its top.
+int scrollToShow(const WindowLayout& layout, const Rect& rect, int margin);
 
 // The link fields on one page of the list.
 int linkPageCount(size_t linkCount, int pageSize);

@@ -132,9 +132,19 @@ void layoutKimlik(Ctx& ctx) {
     const std::wstring& iconFile = m.recipe.icon;
     const bool hasIcon = !iconFile.empty();
     const std::wstring choose = L"Simge seç";
+    const std::wstring name = hasIcon ? pathFileName(iconFile) : L"Varsayılan simge";
+    const std::wstring where = hasIcon ? pathParent(iconFile) : L"Şablonun simgesi kullanılacak";
+    const int textLeft = icon.left() + tile + ctx.s(14);
     int buttonsLeft = icon.right() - buttonWidth(ctx, choose, true);
     if (hasIcon) buttonsLeft -= sp.button + ctx.s(8);
-    const int buttonTop = rowTop + (tile - sp.button) / 2;
+    // A narrow column (a laptop at 125 %) puts the buttons under the tile rather than over the texts.
+    const int wanted = std::max(ctx.textWidth(name, kFontBodyBold), ctx.textWidth(where, kFontTiny));
+    const bool below = !hasIcon && buttonsLeft - ctx.s(12) - textLeft < wanted;
+    int buttonTop = rowTop + (tile - sp.button) / 2;
+    if (below) {
+        buttonsLeft = icon.left();
+        buttonTop = rowTop + tile + ctx.s(10);
+    }
     const Rect chooseRect = icon.button(buttonsLeft, buttonTop, choose, kItemChooseIcon, 0, Icon::Image);
     if (hasIcon) {
         Block remove{.kind = BlockKind::IconButton,
@@ -145,17 +155,17 @@ void layoutKimlik(Ctx& ctx) {
         remove.icon = Icon::Trash;
         ctx.add(std::move(remove));
     }
-    const int textLeft = icon.left() + tile + ctx.s(14);
-    const int textRight = buttonsLeft - ctx.s(12);
+    const int textRight = below ? icon.right() : buttonsLeft - ctx.s(12);
     const int nameHeight = ctx.line(kFontBodyBold);
     const int lineHeight = ctx.line(kFontTiny);
     const int textTop = rowTop + (tile - nameHeight - lineHeight - ctx.s(2)) / 2;
-    ctx.text({textLeft, textTop, textRight, textTop + nameHeight},
-             hasIcon ? pathFileName(iconFile) : L"Varsayılan simge", kFontBodyBold, color::kText);
-    ctx.text(
-        {textLeft, textTop + nameHeight + ctx.s(2), textRight, textTop + nameHeight + ctx.s(2) + lineHeight},
-        hasIcon ? pathParent(iconFile) : L"Şablonun simgesi kullanılacak", kFontTiny, color::kMuted);
-    icon.y = rowTop + tile + ctx.s(10);
+    ctx.text({textLeft, textTop, textRight, textTop + nameHeight}, name, kFontBodyBold, color::kText).path =
+        hasIcon;
+    ctx.text({textLeft, textTop + nameHeight + ctx.s(2), textRight,
+              textTop + nameHeight + ctx.s(2) + lineHeight},
+             where, kFontTiny, color::kMuted)
+        .path = hasIcon;
+    icon.y = (below ? buttonTop + sp.button : rowTop + tile) + ctx.s(10);
     icon.note(L".ico önerilir; PNG/JPG otomatik çok boyutlu simgeye çevrilir.", kFontTiny, color::kMuted);
     const int iconBottom = icon.finish();
 
@@ -301,7 +311,9 @@ void layoutDerleme(Ctx& ctx) {
     }
     const int ctaWidth = std::max(ctx.s(150), ctx.textWidth(cta, kFontBodyBold) + ctx.s(40));
     const int textLeft = state.left() + tile + ctx.s(14);
-    const int textRight = state.right() - ctaWidth - ctx.s(14);
+    // On a narrow column the button goes under the words rather than squeeze them.
+    const bool stacked = state.right() - ctaWidth - ctx.s(14) - textLeft < ctx.s(240);
+    const int textRight = stacked ? state.right() : state.right() - ctaWidth - ctx.s(14);
     const int columnWidth = std::max(1, textRight - textLeft);
     // Where the column is narrow (the compact window, a long error) the state's words wrap rather than lose
     // their end; a target path stays on one line and is shortened in its middle.
@@ -311,7 +323,8 @@ void layoutDerleme(Ctx& ctx) {
     };
     const bool titleWraps = ctx.textWidth(title, kFontStateTitle) > columnWidth;
     const int titleHeight = titleWraps ? wrapped(title, kFontStateTitle, 2) : ctx.line(kFontStateTitle);
-    const int lineHeight = linePath ? ctx.line(kFontSmall) : wrapped(line, kFontSmall, 3);
+    // The page scrolls, so a long failure keeps more of its words; a hostile one stays bounded.
+    const int lineHeight = linePath ? ctx.line(kFontSmall) : wrapped(line, kFontSmall, 8);
     const int line2Height = line2.empty() ? 0 : wrapped(line2, kFontTiny, 2) + ctx.s(2);
     const int textHeight = titleHeight + ctx.s(2) + lineHeight + line2Height;
     const int contentHeight = std::max(tile, textHeight);
@@ -327,10 +340,12 @@ void layoutDerleme(Ctx& ctx) {
     ctx.add(std::move(tileBlock));
 
     const int ctaHeight = ctx.s(ctx.compact() ? 36 : 40);
-    Block button{.kind = BlockKind::PrimaryButton,
-                 .rect = {state.right() - ctaWidth, top + (contentHeight - ctaHeight) / 2, state.right(),
-                          top + (contentHeight - ctaHeight) / 2 + ctaHeight},
-                 .item = kItemBuildPage};
+    const Rect ctaRect = stacked ? Rect{textLeft, top + contentHeight + ctx.s(12),
+                                        std::min(state.right(), textLeft + ctaWidth),
+                                        top + contentHeight + ctx.s(12) + ctaHeight}
+                                 : Rect{state.right() - ctaWidth, top + (contentHeight - ctaHeight) / 2,
+                                        state.right(), top + (contentHeight - ctaHeight) / 2 + ctaHeight};
+    Block button{.kind = BlockKind::PrimaryButton, .rect = ctaRect, .item = kItemBuildPage};
     button.text = cta;
     button.font = kFontBodyBold;
     // While the build runs the button shows it and takes no second click.
@@ -361,7 +376,7 @@ void layoutDerleme(Ctx& ctx) {
     if (!line2.empty())
         ctx.text({textLeft, y + ctx.s(2), textRight, y + line2Height}, line2, kFontTiny, color::kMuted,
                  Align::Left, true);
-    state.y = top + contentHeight;
+    state.y = stacked ? ctaRect.bottom : top + contentHeight;
     const int stateBottom = state.finish();
 
     // Readiness checklist.
@@ -373,12 +388,19 @@ void layoutDerleme(Ctx& ctx) {
     ctx.text(readyTitle, header, kFontSmallBold, allReady ? color::kAccent : color::kSecondary, Align::Right);
     ready.gap(ctx.s(6));
     const int rowHeight = ctx.s(ctx.compact() ? 25 : 29);
-    for (const ReadinessRow& row : m.readiness) {
+    for (size_t i = 0; i < m.readiness.size(); ++i) {
+        const ReadinessRow& row = m.readiness[i];
         Block check{.kind = BlockKind::CheckRow,
                     .rect = {ready.left(), ready.y, ready.right(), ready.y + rowHeight}};
         check.text = row.label;
         check.text2 = row.value;
         check.on = row.ready;
+        check.warning = !row.ready && row.warning;
+        // A row that is not ready takes the operator to what fixes it.
+        if (!row.ready && row.fixSection >= 0) {
+            check.item = kItemReadinessRow;
+            check.sub = static_cast<int>(i);
+        }
         ctx.add(std::move(check));
         ready.gap(rowHeight);
     }
@@ -393,6 +415,13 @@ void layoutDerleme(Ctx& ctx) {
         result.note(L"Derleme bittiğinde ayrıntılar burada görünür.", kFontSmall, color::kMuted);
         result.finish();
         return;
+    }
+    if (m.resultStale) {
+        // The numbers below still describe the file on disk, but not the settings as they are now.
+        result.gap(ctx.s(4));
+        result.note(L"Ayarlar bu derlemeden sonra değişti: diskteki exe ve CRC32 bu derlemenin, yeni ayarlar "
+                    L"için yeniden oluşturun.",
+                    kFontSmall, color::kWarning);
     }
     result.gap(ctx.s(10));
     const int gap = ctx.s(10);
@@ -423,18 +452,21 @@ void layoutDerleme(Ctx& ctx) {
     } else {
         result.gap(ctx.s(2));
     }
-    const Rect show =
-        result.button(result.left(), result.y, L"Klasörde göster", kItemShowInFolder, 0, Icon::Folder);
-    const Rect preview = result.button(show.right + ctx.s(8), result.y, L"Patcher'ı önizle",
-                                       kItemPreviewResult, 0, Icon::Play);
-    const Rect copy =
-        result.button(preview.right + ctx.s(8), result.y, L"CRC kopyala", kItemCopyCrc, 0, Icon::Copy);
-    if (copy.right > result.right()) {
-        // A narrow column: the buttons lose their icons rather than spill over.
-        ctx.out.blocks.resize(ctx.out.blocks.size() - 3);
-        const Rect a = result.button(result.left(), result.y, L"Klasörde göster", kItemShowInFolder);
-        const Rect b = result.button(a.right + ctx.s(8), result.y, L"Patcher'ı önizle", kItemPreviewResult);
-        result.button(b.right + ctx.s(8), result.y, L"CRC kopyala", kItemCopyCrc);
+    // The buttons flow onto a second row where the column is narrow.
+    int x = result.left();
+    const struct {
+        const wchar_t* text;
+        int item;
+        Icon icon;
+    } buttons[] = {{L"Klasörde göster", kItemShowInFolder, Icon::Folder},
+                   {L"Patcher'ı önizle", kItemPreviewResult, Icon::Play},
+                   {L"CRC kopyala", kItemCopyCrc, Icon::Copy}};
+    for (const auto& b : buttons) {
+        if (x > result.left() && x + buttonWidth(ctx, b.text, true) > result.right()) {
+            x = result.left();
+            result.gap(sp.button + ctx.s(8));
+        }
+        x = result.button(x, result.y, b.text, b.item, 0, b.icon).right + ctx.s(8);
     }
     result.gap(sp.button);
     const int resultBottom = result.finish();
@@ -443,9 +475,12 @@ void layoutDerleme(Ctx& ctx) {
     Card update(ctx, f.form.left, f.form.right, resultBottom + sp.cardGap);
     const std::wstring copyText = L"Kopyala";
     const int copyWidth = buttonWidth(ctx, copyText, false);
-    const int textWidth = update.width() - copyWidth - ctx.s(14);
-    const int updateTop = update.y;
     const std::wstring updateTitle = L"Patcher kendini de güncelleyebilir";
+    // The button goes under the words where the title would not fit beside it.
+    const bool stackedCopy =
+        ctx.textWidth(updateTitle, kFontCardTitle) > update.width() - copyWidth - ctx.s(14);
+    const int textWidth = stackedCopy ? update.width() : update.width() - copyWidth - ctx.s(14);
+    const int updateTop = update.y;
     const std::wstring updateText =
         L"Exe'yi crclist'e ekleyin; config'e nv_patcher_url ve nv_patcher_crc32=" + crcText(m.crc) +
         L" yazın.";
@@ -457,9 +492,14 @@ void layoutDerleme(Ctx& ctx) {
               updateTop + th + ctx.s(3) + bodyHeight},
              updateText, kFontSmall, color::kSecondary, Align::Left, true);
     const int contentBottom = updateTop + th + ctx.s(3) + bodyHeight;
-    update.button(update.right() - copyWidth, (updateTop + contentBottom - sp.button) / 2, copyText,
-                  kItemCopySelfUpdate);
-    update.y = contentBottom;
+    if (stackedCopy) {
+        update.button(update.left(), contentBottom + ctx.s(10), copyText, kItemCopySelfUpdate);
+        update.y = contentBottom + ctx.s(10) + sp.button;
+    } else {
+        update.button(update.right() - copyWidth, (updateTop + contentBottom - sp.button) / 2, copyText,
+                      kItemCopySelfUpdate);
+        update.y = contentBottom;
+    }
     update.finish();
 }
 

@@ -220,8 +220,9 @@ void layoutDavranis(Ctx& ctx) {
         card.gap(h + sp.labelGap);
     };
     label(download, L"Eşzamanlı bağlantı");
-    const int chipWidth = ctx.s(36);
+    // The eight chips narrow on a narrow column rather than run past the card.
     const int chipGap = ctx.s(6);
+    const int chipWidth = std::min(ctx.s(36), (download.width() - 7 * chipGap) / 8);
     for (int n = kMinConnections; n <= kMaxConnections; ++n) {
         const int x = download.left() + (n - 1) * (chipWidth + chipGap);
         Block chip{.kind = BlockKind::Chip,
@@ -256,7 +257,12 @@ void layoutDavranis(Ctx& ctx) {
     const int textTop = rowTop + (rowHeight - textHeight) / 2;
     ctx.text({textLeft, textTop, download.right(), textTop + textHeight}, unit, kFontSmall, color::kSecondary,
              Align::Left, true);
-    download.y = rowTop + rowHeight;
+    download.y = rowTop + rowHeight + sp.hintGap;
+    // The field shows the value that will be used once it loses the focus; the range says why.
+    const RecipeKey& segment = *findKeyByField(kFieldSegment);
+    download.note(L"İzin verilen: " + std::to_wstring(segment.low) + L"–" + std::to_wstring(segment.high) +
+                      L" MB; dışındaki bir değer en yakın sınıra çekilir.",
+                  kFontTiny, color::kMuted);
     const int downloadBottom = download.finish();
 
     Card launch(ctx, f.form.left, f.form.right, downloadBottom + sp.cardGap);

@@ -1,5 +1,7 @@
 #include "ui/log_model.h"
 
+#include "ui/scroll.h"
+
 #include <algorithm>
 #include <cwchar>
 
@@ -71,27 +73,20 @@ void BuildLog::visibleRange(size_t& first, size_t& last) const {
 }
 
 LogScrollBar BuildLog::scrollBar() const {
+    const ThinScrollBar thin =
+        thinScrollBar(0, viewHeight_, viewHeight_, contentHeight(), offset_, minThumb_);
     LogScrollBar bar;
-    const int maximum = maxOffset();
-    if (maximum <= 0 || viewHeight_ <= 0) return bar;
-    bar.visible = true;
-    bar.trackTop = 0;
-    bar.trackBottom = viewHeight_;
-    const int track = viewHeight_;
-    const long long content = contentHeight();
-    int thumb = static_cast<int>(static_cast<long long>(track) * viewHeight_ / content);
-    thumb = std::clamp(thumb, std::min(minThumb_, track), track);
-    const int travel = track - thumb;
-    bar.thumbTop = static_cast<int>(static_cast<long long>(travel) * offset_ / maximum);
-    bar.thumbBottom = bar.thumbTop + thumb;
+    bar.visible = thin.visible;
+    bar.trackTop = thin.trackTop;
+    bar.trackBottom = thin.trackBottom;
+    bar.thumbTop = thin.thumbTop;
+    bar.thumbBottom = thin.thumbBottom;
     return bar;
 }
 
 int BuildLog::dragOffset(int startOffset, int dy) const {
     if (viewHeight_ <= 0) return std::clamp(startOffset, 0, maxOffset());
-    // The pointer's travel over the track stands for the same share of the whole content.
-    const long long moved = static_cast<long long>(dy) * contentHeight() / viewHeight_;
-    return static_cast<int>(std::clamp<long long>(startOffset + moved, 0, maxOffset()));
+    return dragScrollOffset(startOffset, dy, viewHeight_, viewHeight_, contentHeight());
 }
 
 std::wstring BuildLog::plainText() const {

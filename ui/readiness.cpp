@@ -3,6 +3,8 @@
 #include "core/command_line.h"
 #include "core/paths.h"
 #include "core/text.h"
+#include "recipe/addresses.h"
+#include "ui/sections.h"
 
 #include <algorithm>
 #include <cwchar>
@@ -20,7 +22,7 @@ std::vector<ReadinessRow> readinessRows(const ReadinessInputs& in) {
     rows.reserve(6);
 
     if (!in.skinLoaded) {
-        rows.push_back({L"Skin", L"Yüklenmedi — .zip ya da klasör bırakın", false});
+        rows.push_back({L"Skin", L"Yüklenmedi — .zip ya da klasör bırakın", false, false, kKaynak});
     } else {
         std::wstring value = sourceName(in.skinSource);
         if (in.skinWidth > 0 && in.skinHeight > 0)
@@ -30,19 +32,24 @@ std::vector<ReadinessRow> readinessRows(const ReadinessInputs& in) {
 
     const std::wstring config = trim(in.configUrl);
     if (config.empty())
-        rows.push_back({L"Yama adresi", L"Boş — patcher güncelleme alamaz", false});
+        rows.push_back(
+            {L"Yama adresi", L"Boş — patcher güncelleme alamaz", false, true, kBaglantilar, kFieldConfigUrl});
+    else if (!isWebAddress(config))
+        rows.push_back({L"Yama adresi", L"Geçersiz adres — http:// ya da https:// ile tam adres yazın", false,
+                        true, kBaglantilar, kFieldConfigUrl});
     else
         rows.push_back({L"Yama adresi", config, true});
 
     const std::wstring output = trim(in.outputPath);
     if (output.empty()) {
-        rows.push_back({L"Çıktı yeri", L"Seçilmedi", false});
+        rows.push_back({L"Çıktı yeri", L"Seçilmedi", false, false, kCikti, kFieldOutPath});
     } else if (!in.outputFolderExists) {
-        rows.push_back({L"Çıktı yeri", L"Klasör bulunamadı", false});
+        rows.push_back({L"Çıktı yeri", L"Klasör bulunamadı", false, false, kCikti, kFieldOutPath});
     } else {
         const std::wstring name = pathFileName(output);
         const bool exe = endsWithIgnoreCase(std::wstring_view(name), std::wstring_view(L".exe"));
-        rows.push_back({L"Çıktı yeri", name + L"  •  " + pathParent(output), exe});
+        rows.push_back(
+            {L"Çıktı yeri", name + L"  •  " + pathParent(output), exe, false, kCikti, kFieldOutPath});
     }
 
     if (in.iconPath.empty())
@@ -50,12 +57,28 @@ std::vector<ReadinessRow> readinessRows(const ReadinessInputs& in) {
     else
         rows.push_back({L"Simge", pathFileName(in.iconPath), true});
 
-    rows.push_back(signingRow(in.signing, in.signingFacts));
+    ReadinessRow signing = signingRow(in.signing, in.signingFacts);
+    if (!signing.ready) {
+        signing.fixSection = kCikti;
+        signing.fixField = in.signing.enabled ? kFieldPfx : 0;
+    }
+    rows.push_back(signing);
 
     if (in.templateExists)
         rows.push_back({L"Şablon", L"Norvane.Template.exe", true});
     else
         rows.push_back({L"Şablon", L"Norvane.Template.exe yok — build.bat", false});
+
+    std::wstring bad;
+    int firstBad = 0;
+    for (const ReadinessAddress& address : in.addresses) {
+        const std::wstring text = trim(address.text);
+        if (text.empty() || isWebAddress(text)) continue;
+        if (!bad.empty()) bad += L", ";
+        bad += address.name;
+        if (!firstBad) firstBad = address.field;
+    }
+    if (!bad.empty()) rows.push_back({L"Adresler", L"Açılamaz: " + bad, false, true, kBaglantilar, firstBad});
     return rows;
 }
 

@@ -12,6 +12,13 @@
 
 namespace nv::ui {
 
+// An address of the skin that a page or a button opens: its name, its text and its edit field.
+struct ReadinessAddress {
+    std::wstring name;
+    std::wstring text;
+    int field = 0;
+};
+
 // What the window found out about the chosen certificate source, beyond what the options say.
 struct SigningFacts {
     bool signtoolFound = false;
@@ -32,14 +39,23 @@ struct ReadinessInputs {
     SigningOptions signing;
     SigningFacts signingFacts;
     bool templateExists = false;
+    // The news page, the feed and the buttons' links; an empty one is a choice, a malformed one is named.
+    std::vector<ReadinessAddress> addresses;
 };
 
 struct ReadinessRow {
     const wchar_t* label;
     std::wstring value;
     bool ready = false;
+    // Not ready, but the build goes on: the patcher will be made, only it cannot do everything (amber).
+    bool warning = false;
+    // Where the operator fixes it: the section and the field there (0: the section's first item); -1 when
+    // nothing in the window fixes it.
+    int fixSection = -1;
+    int fixField = 0;
 };
 
+// The design's six rows; a seventh, "Adresler", only when a page or link address is malformed.
 std::vector<ReadinessRow> readinessRows(const ReadinessInputs& inputs);
 // The "İmza" row: off, or whether the chosen source has what it needs, and what to do when it has not.
 ReadinessRow signingRow(const SigningOptions& signing, const SigningFacts& facts);

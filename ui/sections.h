@@ -114,6 +114,7 @@ enum Item : int {
     kItemToggleMachineStore = 27,   // the computer's store instead of the user's
     kItemChoosePlugin = 28,         // the signing plug-in's .dll, "Seç"
     kItemChoosePluginMetadata = 29, // its metadata file, "Seç"
+    kItemReadinessRow = 30, // a checklist row that is not ready; sub-item = the row: goes to its field
 };
 
 // The Davranış page's switches: the item that flips each, the recipe key it flips, its title and its line.

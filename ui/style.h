@@ -49,6 +49,10 @@ constexpr Rgb kAccentTint = rgb(0xD7, 0xEB, 0xDF);
 constexpr Rgb kErrorTint = rgb(0xF6, 0xE4, 0xE4);
 constexpr Rgb kDropEdge = rgb(0xB9, 0xC8, 0xBE);
 constexpr Rgb kDropFill = rgb(0xFB, 0xFD, 0xFC);
+// What does not stop a build but leaves the patcher short of something (an address it cannot use), and a
+// result that the settings have moved on from.
+constexpr Rgb kWarning = rgb(0x9A, 0x5C, 0x00);
+constexpr Rgb kWarningTint = rgb(0xFA, 0xEE, 0xD7);
 // The edit controls' text and the static (disabled) background.
 constexpr Rgb kEditText = kText;
 constexpr Rgb kStaticText = kMuted;

@@ -1,6 +1,7 @@
 #include "ui/layout.h"
 
 #include "core/text.h"
+#include "tests/ui/layout_measure.h"
 
 #include <gtest/gtest.h>
 
@@ -9,36 +10,6 @@
 
 namespace nv::ui {
 namespace {
-
-// Text about as wide and tall as Segoe UI's: 0.55 em a character, 1.4 em a line, greedy word wrap.
-class FakeMeasure : public TextMeasure {
-public:
-    explicit FakeMeasure(int dpi) : dpi_(dpi) {}
-    int width(std::wstring_view text, int font) const override {
-        return static_cast<int>(text.size()) * px(font) * 55 / 100;
-    }
-    int lineHeight(int font) const override { return px(font) * 14 / 10; }
-    int wrappedHeight(std::wstring_view text, int font, int width) const override {
-        int lines = 1, used = 0;
-        size_t start = 0;
-        while (start <= text.size()) {
-            size_t end = text.find(L' ', start);
-            if (end == std::wstring_view::npos) end = text.size();
-            const int word = this->width(text.substr(start, end - start + 1), font);
-            if (used > 0 && used + word > width) {
-                ++lines;
-                used = 0;
-            }
-            used += word;
-            start = end + 1;
-        }
-        return lines * lineHeight(font);
-    }
-
-private:
-    int px(int font) const { return scaleLength(fontSpec(font).pixels, dpi_); }
-    int dpi_;
-};
 
 PageModel loadedModel(int section) {
     PageModel m;
@@ -99,11 +70,39 @@ TEST(Layout, FrameColumns) {
 // and at 144 DPI: blocks stay inside the window, page content inside the page area, cards do not overlap,
 // field boxes neither, the edit controls fit their rows, and the page's own words are never cut off (only
 // paths are shortened).
-TEST(Layout, SectionsFitTheirColumns) {
-    struct Size {
-        int w, h, dpi;
-    } sizes[] = {{1320, 820, 96}, {1100, 700, 96}, {1980, 1230, 144}, {1650, 1050, 144}};
-    for (const Size& size : sizes) {
+struct ClientSize {
+    int w, h, dpi;
+};
+
+// The clients the window's sizing can give: the design's two sizes, and on laptop and desktop screens the
+// wanted 1320 × 820 and the 1100 × 700 minimum (both scaled) clamped to the work area (the screen less a
+// taskbar 40 px high) less the frame (8 px each side and a 31 px caption at 96 DPI; all scaled).
+std::vector<ClientSize> clientSizes() {
+    std::vector<ClientSize> sizes = {{1320, 820, 96}, {1100, 700, 96}, {1980, 1230, 144}, {1650, 1050, 144}};
+    const ClientSize screens[] = {{1366, 768, 96},   {1366, 768, 120}, {1280, 720, 120},
+                                  {1280, 800, 120},  {1536, 864, 120}, {1920, 1080, 120},
+                                  {1920, 1080, 144}, {1600, 900, 144}, {2560, 1440, 168}};
+    for (const ClientSize& screen : screens) {
+        const int sx = scaleLength(16, screen.dpi), sy = scaleLength(39, screen.dpi);
+        const int workW = screen.w, workH = screen.h - scaleLength(40, screen.dpi);
+        for (auto [w, h] : {std::pair{1320, 820}, std::pair{1100, 700}}) {
+            const int clientW = std::min(scaleLength(w, screen.dpi) + sx, workW) - sx;
+            const int clientH = std::min(scaleLength(h, screen.dpi) + sy, workH) - sy;
+            sizes.push_back({clientW, clientH, screen.dpi});
+        }
+    }
+    return sizes;
+}
+
+std::string kindName(const Block& b) {
+    return std::to_string(static_cast<int>(b.kind)) + " '" + wideToUtf8(b.text) + "'";
+}
+
+// Every page in every state on every client the sizing can give: nothing leaves its column or overlaps, the
+// form column scrolls to its last card, the sidebar keeps its entries apart, and no button touches its card's
+// edge.
+TEST(Layout, EveryPageFitsEveryClient) {
+    for (const ClientSize& size : clientSizes()) {
         const FakeMeasure measure(size.dpi);
         for (int section = 0; section < kSectionCount; ++section) {
             // Nothing loaded, then a loaded skin in every state of the Derleme page.
@@ -132,20 +131,37 @@ TEST(Layout, SectionsFitTheirColumns) {
                 if (model.buildState == BuildPageState::Failed)
                     model.lastMessage =
                         L"Çıktı dosyası kullanımda (patcher açık olabilir): C:\\Oyunlar\\Kaldra.exe";
-                const WindowLayout layout = layoutWindow(size.w, size.h, size.dpi, model, measure);
-                const FrameLayout& f = layout.frame;
-                std::vector<Rect> cards, boxes;
-                for (const Block& b : layout.blocks) {
-                    EXPECT_TRUE(f.client.contains(b.rect)) << static_cast<int>(b.kind);
-                    // Below the header everything right of the sidebar is page content or footer.
-                    if (b.rect.left >= f.page.left && b.rect.top >= f.page.top) {
-                        const Rect& area = b.rect.top >= f.footer.top ? f.footer : f.page;
-                        EXPECT_TRUE(area.contains(b.rect)) << static_cast<int>(b.kind);
+                const WindowLayout top = layoutWindow(size.w, size.h, size.dpi, model, measure);
+                model.pageScroll = 1 << 20; // kept to the end
+                const WindowLayout end = layoutWindow(size.w, size.h, size.dpi, model, measure);
+                const FrameLayout& f = top.frame;
+                const int pad = scaleLength(12, size.dpi);
+
+                EXPECT_EQ(top.pageScroll, 0);
+                EXPECT_EQ(end.pageScroll, end.maxPageScroll());
+                EXPECT_EQ(end.pageBar.visible, end.maxPageScroll() > 0);
+                std::vector<Rect> cards, boxes, sidebar;
+                int pageBottom = f.form.top;
+                for (const Block& b : end.blocks) {
+                    // A scrolled block may lie above the client; what is seen of it is in the view.
+                    if (b.scrolls) {
+                        pageBottom = std::max(pageBottom, b.rect.bottom);
+                        EXPECT_GE(b.rect.left, f.form.left) << kindName(b);
+                        EXPECT_LE(b.rect.right, f.form.right) << kindName(b);
+                    } else {
+                        EXPECT_TRUE(f.client.contains(b.rect)) << kindName(b);
                     }
-                    if (b.kind == BlockKind::Card) cards.push_back(b.rect);
+                    if (!b.scrolls && b.rect.left >= f.page.left && b.rect.top >= f.page.top) {
+                        // Below the header the rest is the right column or the footer.
+                        const Rect& area = b.rect.top >= f.footer.top ? f.footer : f.right;
+                        EXPECT_TRUE(area.contains(b.rect)) << kindName(b);
+                    }
+                    if (b.kind == BlockKind::NavEntry || b.kind == BlockKind::SkinCard ||
+                        b.kind == BlockKind::SidebarBuild)
+                        sidebar.push_back(b.rect);
+                    if (b.kind == BlockKind::Card && b.scrolls) cards.push_back(b.rect);
                     if (b.kind == BlockKind::FieldBox) {
                         boxes.push_back(b.rect);
-                        EXPECT_TRUE(f.form.contains(b.rect));
                         const Rect edit = editRect(b.rect, measure.lineHeight(kFontMono), size.dpi);
                         EXPECT_TRUE(b.rect.contains(edit));
                     }
@@ -157,12 +173,36 @@ TEST(Layout, SectionsFitTheirColumns) {
                                      : measure.width(b.text, b.font) - b.rect.width();
                         EXPECT_LE(overflow, 0) << wideToUtf8(b.text);
                     }
+                    if (b.kind == BlockKind::PreviewArea) {
+                        EXPECT_GT(b.rect.height(), scaleLength(60, size.dpi));
+                    }
                 }
-                for (const std::vector<Rect>* apart : {&cards, &boxes})
+                // The last card ends inside the view once scrolled to the end.
+                EXPECT_LE(pageBottom, f.form.bottom);
+                // The six sections and the build button always; the skin card gives way only below the
+                // design's minimum height.
+                EXPECT_GE(sidebar.size(), kSectionCount + 1u);
+                if (f.client.height() >= scaleLength(700, size.dpi)) {
+                    EXPECT_EQ(sidebar.size(), kSectionCount + 2u);
+                }
+                // Buttons, cells and rows keep clear of their card's edge.
+                for (const Block& b : end.blocks) {
+                    if (!b.scrolls || b.kind == BlockKind::Card || b.kind == BlockKind::Text) continue;
+                    const auto card = std::find_if(cards.begin(), cards.end(),
+                                                   [&](const Rect& c) { return c.contains(b.rect); });
+                    ASSERT_NE(card, cards.end()) << kindName(b);
+                    EXPECT_GE(b.rect.left - card->left, pad) << kindName(b);
+                    EXPECT_GE(card->right - b.rect.right, pad) << kindName(b);
+                }
+                for (const std::vector<Rect>* apart : {&cards, &boxes, &sidebar})
                     for (size_t i = 0; i < apart->size(); ++i)
                         for (size_t j = i + 1; j < apart->size(); ++j)
                             EXPECT_FALSE((*apart)[i].intersects((*apart)[j]));
-                EXPECT_EQ(layout.logView.empty(), section != kDerleme);
+                // Edit controls are shown only where the view shows their whole box.
+                for (const WindowLayout* layout : {&top, &end})
+                    for (const auto& [id, rect] : fieldRows(*layout))
+                        EXPECT_TRUE(layout->pageView.contains(rect)) << id;
+                EXPECT_EQ(top.logView.empty(), section != kDerleme);
             }
         }
     }

@@ -194,10 +194,11 @@ def main():
             if os.path.exists(out):
                 os.remove(out)
 
-        def snap(name, dpi, *skin):
+        def snap(name, dpi, *skin, screen=None):
             configure(wine, scratch, dpi)
             folder = os.path.join(scratch, name)
-            code = wine.run(exe, "--snap", winpath(folder), *skin)
+            extra = ["--screen", screen] if screen else []
+            code = wine.run(exe, *extra, "--snap", winpath(folder), *skin)
             check(f"{name}: exit code 0", code == 0)
             return folder
 
@@ -234,6 +235,14 @@ def main():
         check("without a skin the log is empty",
               empty_build.count((875, 146, 1275, 400), lambda p: green(p) or p[0] > p[1] + 40) == 0)
 
+        # A laptop at 125 %: the window clamped to a 1366 x 768 screen's work area, the pages scrolling.
+        laptop = snap("laptop125", 120, winpath(sample), screen="1366x768")
+        present = sorted(os.listdir(laptop)) if os.path.isdir(laptop) else []
+        check("laptop125: the twelve pictures", len(present) == 12)
+        sizes = {png_size(os.path.join(laptop, f)) for f in present}
+        check(f"laptop125: one clamped size {sizes}",
+              len(sizes) == 1 and all(w <= 1366 and h <= 768 - 50 and h < 1025 for w, h in sizes))
+
         big = snap("dpi144", 144)
         files_and_sizes("dpi144", big, (1980, 1230), (1650, 1050))
         snap_back = [d for d in session_dirs if open(os.path.join(d, "olusturucu.ini"), "rb").read() != session_text]
@@ -244,7 +253,7 @@ def main():
         xvfb.wait()
         keep = os.environ.get("NV_SNAP_KEEP")  # a folder to keep the pictures in, for looking at them
         if keep:
-            for name in ("empty", "loaded", "dpi144"):
+            for name in ("empty", "loaded", "dpi144", "laptop125"):
                 if os.path.isdir(os.path.join(scratch, name)):
                     shutil.copytree(os.path.join(scratch, name), os.path.join(keep, name), dirs_exist_ok=True)
         shutil.rmtree(scratch, ignore_errors=True)

@@ -29,6 +29,10 @@ struct PaintContext {
 };
 
 void paintBlock(const PaintContext& context, const Block& block);
+// The keyboard's focus on a self-drawn item: a ring in the fields' focus green around it.
+void paintFocusRing(const PaintContext& context, const Block& block);
+// A thin scroll bar (the page's and the log's): a track and its thumb, the thumb in the given colour.
+void paintThinScrollBar(HDC dc, const Rect& track, const ThinScrollBar& bar, Rgb thumb, int dpi);
 
 // The painters, by the family of their kinds. Single-line texts are vertically centred and end in an
 // ellipsis.

@@ -4,6 +4,7 @@
 #include "core/format.h"
 #include "core/paths.h"
 #include "packager/build_start.h"
+#include "recipe/addresses.h"
 #include "ui/win32/app.h"
 
 #include <new>
@@ -35,33 +36,43 @@ void BuildRunner::setBuilding(bool on) {
     InvalidateRect(app_.hwnd(), nullptr, FALSE);
 }
 
+std::wstring BuildRunner::startProblem() const {
+    if (!app_.skinLoaded()) return L"Önce bir skin yükleyin.";
+    const std::wstring& templatePath = app_.templatePath();
+    if (!fileExists(templatePath))
+        return L"Patcher şablonu bulunamadı: " + templatePath + L" — build.bat ile derleyin.";
+    if (app_.recipe().outPath.empty()) return {};
+    std::wstring error;
+    checkBuildStart(app_.buildInputs(), error);
+    return error;
+}
+
+bool BuildRunner::stale() const {
+    return finished_ && !building() && app_.settingsFingerprint() != builtFrom_;
+}
+
 void BuildRunner::start() {
     if (building()) return;
     if (!app_.skinLoaded()) {
-        app_.setStatus(L"Önce bir skin yükleyin.", true);
+        app_.setStatus(L"Önce bir skin yükleyin.", true, StatusCause::StartCheck);
         app_.showSection(kKaynak);
         return;
     }
     finished_ = false;
-    std::wstring error;
-    const std::wstring& templatePath = app_.templatePath();
-    if (!fileExists(templatePath)) {
-        error = L"Patcher şablonu bulunamadı: " + templatePath + L" — build.bat ile derleyin.";
-    } else {
-        if (app_.recipe().outPath.empty()) {
-            if (!app_.chooseOutputFile()) return; // cancelled: no message, no log line
-            if (app_.recipe().outPath.empty()) return;
-        }
-        checkBuildStart(app_.buildInputs(), error);
+    if (fileExists(app_.templatePath()) && app_.recipe().outPath.empty()) {
+        if (!app_.chooseOutputFile()) return; // cancelled: no message, no log line
+        if (app_.recipe().outPath.empty()) return;
     }
+    const std::wstring error = startProblem();
     if (!error.empty()) {
         finished_ = true;
         succeeded_ = false;
         lastResult_ = BuildResult{};
         lastResult_.message = error;
         app_.appendLog(error, 3);
-        app_.setStatus(error, true);
+        app_.setStatus(error, true, StatusCause::StartCheck);
         app_.showSection(kDerleme);
+        builtFrom_ = app_.settingsFingerprint();
         return;
     }
 
@@ -89,6 +100,8 @@ void BuildRunner::start() {
 
 void BuildRunner::begin(const std::wstring& output) {
     app_.appendLog(L"Oluşturma başladı → " + output, 1);
+    builtFrom_ = app_.settingsFingerprint();
+    addressWarnings_ = addressWarnings(app_.recipe());
     startTick_ = GetTickCount();
     lastOutput_ = output;
 }
@@ -116,7 +129,7 @@ void BuildRunner::complete(std::unique_ptr<BuildResult> result) {
         lastResult_ = *result;
         if (!result->ok) {
             app_.appendLog(L"Oluşturulamadı: " + result->message, 3);
-            app_.setStatus(L"Oluşturulamadı: " + result->message, true);
+            app_.setStatus(L"Oluşturulamadı: " + result->message, true, StatusCause::BuildOutcome);
         } else {
             app_.appendLog(L"Tamamlandı → " + lastOutput_, 1);
             wchar_t line[128];
@@ -128,7 +141,15 @@ void BuildRunner::complete(std::unique_ptr<BuildResult> result) {
                 for (const std::wstring& signer : signatureLines(result->signature))
                     app_.appendLog(signer, 0);
             }
-            app_.setStatus(L"Patcher hazır: " + pathFileName(lastOutput_), false);
+            // A patcher that cannot update, or a button that opens nothing, is never a quiet success.
+            for (const std::wstring& warning : addressWarnings_)
+                app_.appendLog(warning, 2);
+            if (addressWarnings_.empty())
+                app_.setStatus(L"Patcher hazır: " + pathFileName(lastOutput_), false,
+                               StatusCause::BuildOutcome);
+            else
+                app_.setStatus(L"Patcher hazır: " + pathFileName(lastOutput_) + L" — uyarılar günlükte", true,
+                               StatusCause::BuildOutcome);
         }
     }
     app_.session().save();

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace nv::ui::win {
 
@@ -31,6 +32,9 @@ public:
 
     // The build button: the start checks, then the job. A second start while one runs is ignored.
     void start();
+    // What the start checks would say now (empty when a build could start, or would first ask for an output
+    // place), so that a status line they set can follow the operator's fixes.
+    std::wstring startProblem() const;
     // WM_APP+2: joins the job, takes the progress lines still queued, then logs and shows the outcome.
     void complete(std::unique_ptr<BuildResult> result);
     // The same build on the calling thread (snapshot mode), its outcome handled by complete.
@@ -49,6 +53,9 @@ public:
     const BuildResult& lastResult() const { return lastResult_; }
     const std::wstring& lastOutput() const { return lastOutput_; }
     uint32_t elapsedMs() const { return elapsedMs_; }
+    // A finished build whose settings the operator has changed since: its file and CRC are still true, but
+    // they are not what a build would make now.
+    bool stale() const;
 
 private:
     // The start's log line, the time and the output remembered before a build of this output begins.
@@ -64,6 +71,9 @@ private:
     bool succeeded_ = false;
     BuildResult lastResult_;
     std::wstring lastOutput_;
+    std::string builtFrom_; // the settings' fingerprint the last build started from
+    // The addresses that the patcher will not be able to use, said at the end of a successful build.
+    std::vector<std::wstring> addressWarnings_;
 };
 
 } // namespace nv::ui::win

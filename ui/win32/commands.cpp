@@ -77,6 +77,12 @@ void BuilderApp::runCommand(int item, int sub) {
     case kItemToggleSigning:
         toggle("sign");
         fields_.enable(build_.building(), decisions_.signing.enabled);
+        // Switched on without the tool, the switch says why the build would fail rather than let it.
+        if (decisions_.signing.enabled && decisions_.signing.signtoolPath.empty())
+            setStatus(
+                L"signtool.exe bulunamadı — imza açıkken derleme başarısız olur; Windows SDK'yı kurun ya "
+                L"da imzayı kapatın.",
+                true);
         session_.save();
         InvalidateRect(hwnd_, nullptr, FALSE);
         break;
@@ -107,6 +113,11 @@ void BuilderApp::runCommand(int item, int sub) {
     case kItemCopySelfUpdate:
         copyResultText(item);
         break;
+    case kItemReadinessRow: {
+        const std::vector<ReadinessRow> rows = readinessRows(readinessInputs(recipe()));
+        if (sub >= 0 && static_cast<size_t>(sub) < rows.size()) goToFix(rows[static_cast<size_t>(sub)]);
+        break;
+    }
     default:
         break;
     }
@@ -136,6 +147,29 @@ bool BuilderApp::chooseOutputFile() {
     if (!GetSaveFileNameW(&ofn)) return false;
     fields_.setText(kFieldOutPath, buffer.c_str());
     return true;
+}
+
+} // namespace nv::ui::win
+
+namespace nv::ui::win {
+
+void BuilderApp::goToFix(const ReadinessRow& row) {
+    if (row.ready || row.fixSection < 0) return;
+    showSection(row.fixSection);
+    // A link field may be on another page of the list.
+    if (isLinkField(row.fixField) && layout_.linkPageSize > 0) {
+        linkPage_ = (row.fixField - kFieldLinkFirst) / layout_.linkPageSize;
+        relayout();
+    }
+    const std::vector<FocusStop> chain = focusChain(layout_);
+    for (const FocusStop& stop : chain) {
+        const bool target = row.fixField ? stop.kind == FocusStop::Kind::Field && stop.field == row.fixField
+                                         : stop.kind == FocusStop::Kind::Item && stop.item != kItemSection;
+        if (target) {
+            focusStop(stop);
+            return;
+        }
+    }
 }
 
 } // namespace nv::ui::win

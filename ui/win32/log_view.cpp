@@ -1,6 +1,11 @@
 #include "ui/win32/log_view.h"
 
+#include "ui/win32/block_painters.h"
+
+#include <commctrl.h>
 #include <windowsx.h>
+
+#include <algorithm>
 
 namespace nv::ui::win {
 namespace {
@@ -44,7 +49,21 @@ bool LogView::create(HWND parent, int controlId, int dpi, const FontSet* fonts) 
     }
     hwnd_ = CreateWindowExW(0, kClassName, L"", WS_CHILD | WS_TABSTOP, 0, 0, 0, 0, parent,
                             reinterpret_cast<HMENU>(static_cast<INT_PTR>(controlId)), instance, this);
-    return hwnd_ != nullptr;
+    if (!hwnd_) return false;
+    // A line cut with "…" shows whole in a tooltip over it, wrapped where it is long.
+    tip_ = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_NOPREFIX | TTS_ALWAYSTIP,
+                           0, 0, 0, 0, hwnd_, nullptr, instance, nullptr);
+    if (tip_) {
+        TTTOOLINFOW tool{};
+        tool.cbSize = sizeof(tool);
+        tool.uFlags = TTF_SUBCLASS;
+        tool.hwnd = hwnd_;
+        tool.uId = 1;
+        tool.lpszText = LPSTR_TEXTCALLBACKW;
+        SendMessageW(tip_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+        SendMessageW(tip_, TTM_SETMAXTIPWIDTH, 0, s(520));
+    }
+    return true;
 }
 
 void LogView::add(const std::wstring& text, int level) {
@@ -83,12 +102,54 @@ void LogView::paint(HDC dc) {
     const LogScrollBar bar = log_.scrollBar();
     if (!bar.visible) return;
     const int right = area.right - s(3);
-    const Rect track{right - s(3), bar.trackTop, right, bar.trackBottom};
-    fillRoundRect(dc, track, float(s(3)) / 2, blend(color::kHairline, color::kWhite, 40));
     const Rgb thumbColor = dragging_   ? color::kThumbActive
                            : hoverBar_ ? blend(color::kThumb, color::kMuted, 50)
                                        : color::kThumb;
-    fillRoundRect(dc, {track.left, bar.thumbTop, track.right, bar.thumbBottom}, float(s(3)) / 2, thumbColor);
+    paintThinScrollBar(dc, {right - s(3), bar.trackTop, right, bar.trackBottom},
+                       {true, bar.trackTop, bar.trackBottom, bar.thumbTop, bar.thumbBottom}, thumbColor,
+                       dpi_);
+}
+
+std::wstring LogView::cutLineAt(int x, int y) const {
+    RECT client{};
+    GetClientRect(hwnd_, &client);
+    if (x < 0 || x >= client.right || y < 0 || y >= client.bottom || log_.size() == 0) return {};
+    size_t first = 0, last = 0;
+    log_.visibleRange(first, last);
+    for (size_t i = first; i < last; ++i) {
+        const int top = log_.lineTop(i);
+        if (y < top || y >= top + log_.lineHeight()) continue;
+        const LogLine& line = log_.lines()[i];
+        // Cut when the text is wider than its column (as painting draws it).
+        WindowDC dc(hwnd_);
+        const SIZE size =
+            measureText(dc.get(), line.text, fonts_->get(levelLook(line.level).font), DT_SINGLELINE);
+        const int width = client.right - s(16) - s(12 + 62);
+        return size.cx > width ? line.text : std::wstring();
+    }
+    return {};
+}
+
+void LogView::updateTip(int x, int y) {
+    if (!tip_) return;
+    const std::wstring text = cutLineAt(x, y);
+    const int line = text.empty() ? -1 : (y - log_.lineTop(0)) / std::max(1, log_.lineHeight());
+    if (line == tipLine_) return;
+    tipLine_ = line;
+    tipText_ = text;
+    TTTOOLINFOW tool{};
+    tool.cbSize = sizeof(tool);
+    tool.hwnd = hwnd_;
+    tool.uId = 1;
+    if (line >= 0) {
+        const int top = log_.lineTop(static_cast<size_t>(line));
+        RECT client{};
+        GetClientRect(hwnd_, &client);
+        tool.rect = RECT{s(12 + 62), top, client.right - s(16), top + log_.lineHeight()};
+    }
+    // The tool covers the cut line only; elsewhere it is empty and no tip shows.
+    SendMessageW(tip_, TTM_NEWTOOLRECTW, 0, reinterpret_cast<LPARAM>(&tool));
+    SendMessageW(tip_, TTM_POP, 0, 0);
 }
 
 bool LogView::overScrollBar(int x) const {
@@ -178,6 +239,14 @@ LRESULT LogView::handle(UINT message, WPARAM wParam, LPARAM lParam) {
     }
     case WM_GETDLGCODE:
         return DLGC_WANTARROWS;
+    case WM_NOTIFY: {
+        auto* info = reinterpret_cast<NMTTDISPINFOW*>(lParam);
+        if (info->hdr.hwndFrom == tip_ && info->hdr.code == TTN_GETDISPINFOW) {
+            info->lpszText = tipText_.data();
+            return 0;
+        }
+        break;
+    }
     case WM_LBUTTONDOWN:
         onButtonDown(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));
         return 0;
@@ -187,6 +256,7 @@ LRESULT LogView::handle(UINT message, WPARAM wParam, LPARAM lParam) {
             scrollTo(log_.dragOffset(dragStartOffset_, y - dragStartY_));
             return 0;
         }
+        updateTip(x, y);
         if (!trackingLeave_) {
             TRACKMOUSEEVENT track{sizeof(track), TME_LEAVE, hwnd_, 0};
             trackingLeave_ = TrackMouseEvent(&track) != 0;

@@ -25,6 +25,8 @@ public:
 
     // Paints into any DC (the view's own painting and screenshots).
     void paint(HDC dc);
+    // The whole text of the line under a point when the view cuts it with "…" (its tooltip), else empty.
+    std::wstring cutLineAt(int x, int y) const;
 
 private:
     static LRESULT CALLBACK windowProc(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam);
@@ -43,6 +45,11 @@ private:
     int dragStartOffset_ = 0;
     bool hoverBar_ = false;
     bool trackingLeave_ = false;
+    // The tooltip that shows a cut line whole: its window, the line it is on (-1 none) and its text.
+    HWND tip_ = nullptr;
+    int tipLine_ = -1;
+    std::wstring tipText_;
+    void updateTip(int x, int y);
 };
 
 } // namespace nv::ui::win

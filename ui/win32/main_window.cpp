@@ -7,8 +7,10 @@
 #include "core/files.h"
 #include "core/paths.h"
 #include "packager/signing.h"
+#include "recipe/recipe_keys.h"
 
 #include <commctrl.h>
+#include <cwchar>
 #include <shellapi.h>
 #include <windowsx.h>
 
@@ -27,10 +29,15 @@ SIZE windowSizeFor(int clientWidth, int clientHeight, const RECT& workArea) {
     return SIZE{width, height};
 }
 
-RECT workArea() {
-    RECT area{0, 0, 1024, 768};
-    SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
-    return area;
+// "WxH": a screen's size; false when the text is not two positive numbers.
+bool parseScreen(const wchar_t* text, int& width, int& height) {
+    int w = 0, h = 0;
+    wchar_t x = 0, rest = 0;
+    if (swscanf(text, L"%d%lc%d%lc", &w, &x, &h, &rest) != 3 || (x != L'x' && x != L'X')) return false;
+    if (w <= 0 || h <= 0 || w > 100000 || h > 100000) return false;
+    width = w;
+    height = h;
+    return true;
 }
 
 } // namespace
@@ -50,15 +57,37 @@ public:
     }
 };
 
+RECT BuilderApp::workArea() const {
+    if (commandLine_.screenWidth > 0) {
+        // A screen of that size with a taskbar along its bottom, as Windows sizes it at this DPI.
+        return RECT{0, 0, commandLine_.screenWidth,
+                    std::max(1, commandLine_.screenHeight - scaleLength(40, dpi_))};
+    }
+    RECT area{0, 0, 1024, 768};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &area, 0);
+    return area;
+}
+
+SIZE BuilderApp::minimumWindowSize() const {
+    return windowSizeFor(scaleLength(kMinClientWidth, dpi_), scaleLength(kMinClientHeight, dpi_), workArea());
+}
+
 CommandLine parseCommandLine(int argc, wchar_t** argv) {
     CommandLine line;
     for (int i = 1; i < argc; ++i) {
+        if (lstrcmpiW(argv[i], L"--screen") == 0 && i + 1 < argc &&
+            parseScreen(argv[i + 1], line.screenWidth, line.screenHeight)) {
+            ++i;
+            continue;
+        }
         if (lstrcmpiW(argv[i], L"--snap") == 0 && i + 1 < argc) {
             line.snapshot = true;
             line.snapFolder = argv[i + 1];
             line.snapSkin = i + 2 < argc ? argv[i + 2] : L"";
         }
     }
+    if (!line.snapshot && argc == 2 && argv[1][0] != L'\0') line.open = argv[1];
+    if (!line.snapshot) line.screenWidth = line.screenHeight = 0; // a picture-taking aid only
     return line;
 }
 
@@ -116,6 +145,8 @@ bool BuilderApp::createWindow() {
     fields_.enable(false, decisions_.signing.enabled);
     log_.create(hwnd_, kLogViewId, dpi_, &fonts_);
     session_.restore();
+    // A skin given on the command line comes after the restored session, as a drop on the window would.
+    if (!commandLine_.open.empty()) openPaths({commandLine_.open});
     section_ = skinLoaded_ ? kBaglantilar : kKaynak;
     relayout();
     InvalidateRect(hwnd_, nullptr, FALSE);
@@ -128,8 +159,9 @@ bool BuilderApp::createWindow() {
     ShowWindow(hwnd_, SW_SHOW);
     UpdateWindow(hwnd_);
     if (!fileExists(templatePath_))
-        setStatus(L"Patcher şablonu (Norvane.Template.exe) bulunamadı — build.bat ile derleyin.", true);
-    else if (!skinLoaded_)
+        setStatus(L"Patcher şablonu (Norvane.Template.exe) bulunamadı — build.bat ile derleyin.", true,
+                  StatusCause::Template);
+    else if (!skinLoaded_ && commandLine_.open.empty())
         setStatus(L"Başlamak için bir skin .zip dosyasını ya da klasörünü pencereye sürükleyip bırakın.",
                   false);
     return true;
@@ -138,7 +170,9 @@ bool BuilderApp::createWindow() {
 int BuilderApp::messageLoop() {
     MSG msg{};
     while (GetMessageW(&msg, nullptr, 0, 0) > 0) {
-        // Tab and Shift+Tab move between the edit fields as in a dialog.
+        // The window's own keys first (Tab through every item, the shortcuts); what is left moves between the
+        // edit fields as in a dialog.
+        if (preTranslate(msg)) continue;
         if (hwnd_ && IsDialogMessageW(hwnd_, &msg)) continue;
         TranslateMessage(&msg);
         DispatchMessageW(&msg);
@@ -146,15 +180,38 @@ int BuilderApp::messageLoop() {
     return static_cast<int>(msg.wParam);
 }
 
-void BuilderApp::setStatus(const std::wstring& text, bool warning) {
+void BuilderApp::setStatus(const std::wstring& text, bool warning, StatusCause cause) {
     status_ = text;
     statusWarning_ = warning;
+    statusCause_ = cause;
     InvalidateRect(hwnd_, nullptr, FALSE);
+}
+
+void BuilderApp::followState() {
+    bool gone = false;
+    switch (statusCause_) {
+    case StatusCause::StartCheck:
+        gone = !build_.building() && build_.startProblem() != status_;
+        break;
+    case StatusCause::Template:
+        gone = fileExists(templatePath_);
+        break;
+    case StatusCause::BuildOutcome:
+        gone = build_.stale();
+        break;
+    case StatusCause::Plain:
+        break;
+    }
+    if (!gone) return;
+    status_.clear();
+    statusWarning_ = false;
+    statusCause_ = StatusCause::Plain;
 }
 
 void BuilderApp::relayout() {
     if (!hwnd_) return;
     layout_ = computeLayout();
+    pageScroll_ = layout_.pageScroll;
     // Only the links section knows how many pages there are; elsewhere the page stays as it was.
     if (section_ == kBaglantilar && linkPage_ >= layout_.linkPages) {
         linkPage_ = layout_.linkPages - 1;
@@ -179,11 +236,18 @@ void BuilderApp::onEditCommand(int id, int code) {
         break;
     case EN_KILLFOCUS:
         InvalidateRect(hwnd_, nullptr, FALSE);
+        if (id == kFieldSegment) {
+            // The field shows the size that will be used: a number kept to its range, or the default.
+            const std::wstring used =
+                std::to_wstring(clampedCount(*findKeyByField(kFieldSegment), fields_.text(kFieldSegment)));
+            if (fields_.text(kFieldSegment) != used) fields_.setText(kFieldSegment, used);
+        }
         if (refreshesPreview(id)) preview_.refresh();
         session_.save();
         break;
     case EN_CHANGE:
-        if (id == kFieldOutPath) InvalidateRect(hwnd_, nullptr, FALSE);
+        // The checklist, the result's freshness and the status follow every keystroke.
+        InvalidateRect(hwnd_, nullptr, FALSE);
         break;
     default:
         break;
@@ -192,6 +256,7 @@ void BuilderApp::onEditCommand(int id, int code) {
 
 void BuilderApp::showSection(int section) {
     if (section < 0 || section >= kSectionCount) return;
+    if (section != section_) pageScroll_ = 0; // a section opens at its top
     section_ = section;
     relayout();
     InvalidateRect(hwnd_, nullptr, FALSE);
@@ -214,6 +279,11 @@ void BuilderApp::onMouseMove(int x, int y) {
 }
 
 void BuilderApp::onWheel(int delta) {
+    if (section_ != kBaglantilar || layout_.linkPages < 2) {
+        // Three lines of text a notch, as the log scrolls.
+        scrollPageTo(pageScroll_ - delta * 3 * scaleLength(20, dpi_) / WHEEL_DELTA);
+        return;
+    }
     const int pages = layout_.linkPages;
     const int next = delta >= 0 ? linkPage_ - 1 : linkPage_ + 1;
     if (next < 0 || next >= pages) return;
@@ -249,8 +319,7 @@ LRESULT BuilderApp::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         return 0;
     case WM_GETMINMAXINFO: {
         auto* info = reinterpret_cast<MINMAXINFO*>(lParam);
-        const SIZE min = windowSizeFor(scaleLength(kMinClientWidth, dpi_),
-                                       scaleLength(kMinClientHeight, dpi_), workArea());
+        const SIZE min = minimumWindowSize();
         info->ptMinTrackSize = POINT{min.cx, min.cy};
         return 0;
     }
@@ -266,7 +335,21 @@ LRESULT BuilderApp::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         }
         break;
     case WM_MOUSEMOVE:
+        if (barDragging_) {
+            onPageBarDrag(GET_Y_LPARAM(lParam));
+            return 0;
+        }
         onMouseMove(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));
+        return 0;
+    case WM_CAPTURECHANGED:
+        if (barDragging_) {
+            barDragging_ = false;
+            InvalidateRect(hwnd_, nullptr, FALSE);
+        }
+        return 0;
+    case WM_SETFOCUS:
+    case WM_KILLFOCUS:
+        InvalidateRect(hwnd_, nullptr, FALSE); // the focus ring comes and goes with the focus
         return 0;
     case WM_MOUSELEAVE:
         if (hoverItem_ != kItemNone) {
@@ -276,7 +359,13 @@ LRESULT BuilderApp::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         }
         return 0;
     case WM_LBUTTONDOWN: {
+        if (onPageBarDown(GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam))) return 0;
         const Hit hit = hitTest(layout_, GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));
+        // The clicked item is the one the keys work on next.
+        if (hit.item != kItemNone) {
+            focusItem_ = hit.item;
+            focusSub_ = hit.sub;
+        }
         pressedItem_ = hit.item;
         pressedSub_ = hit.sub;
         if (hit.item == kItemNone)
@@ -288,6 +377,11 @@ LRESULT BuilderApp::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     }
     case WM_LBUTTONUP: {
         if (GetCapture() == hwnd_) ReleaseCapture();
+        if (barDragging_) {
+            barDragging_ = false;
+            InvalidateRect(hwnd_, nullptr, FALSE);
+            return 0;
+        }
         const Hit hit = hitTest(layout_, GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam));
         const int pressed = pressedItem_;
         pressedItem_ = kItemNone;
@@ -296,7 +390,8 @@ LRESULT BuilderApp::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
         return 0;
     }
     case WM_MOUSEWHEEL:
-        if (section_ == kBaglantilar && layout_.linkPages >= 2) {
+        // The links section pages its list; every page scrolls where it is taller than its column.
+        if ((section_ == kBaglantilar && layout_.linkPages >= 2) || layout_.maxPageScroll() > 0) {
             onWheel(GET_WHEEL_DELTA_WPARAM(wParam));
             return 0;
         }

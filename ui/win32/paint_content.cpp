@@ -70,19 +70,25 @@ void paintStatCell(const PaintContext& c, const Block& b) {
 }
 
 void paintCheckRow(const PaintContext& c, const Block& b) {
+    // A row that leads to its field shows so under the pointer.
+    if (c.hovered(b))
+        fillRoundRect(c.dc, b.rect.inset(-c.s(6), 0), float(c.s(6)), blend(color::kChip, color::kWhite, 50));
     fillRect(c.dc, {b.rect.left, b.rect.top, b.rect.right, b.rect.top + c.s(1)}, color::kHairline);
     const int dot = c.s(18);
     const Rect dotRect{b.rect.left, b.rect.top + (b.rect.height() - dot) / 2, b.rect.left + dot,
                        b.rect.top + (b.rect.height() - dot) / 2 + dot};
-    fillEllipse(c.dc, dotRect, b.on ? color::kAccentTint : color::kErrorTint);
-    drawIcon(c.dc, dotRect.inset(c.s(4), c.s(4)), b.on ? Icon::Check : Icon::Minus,
-             b.on ? color::kAccent : color::kError, 2.6f);
+    const Rgb ink = b.on ? color::kAccent : b.warning ? color::kWarning : color::kError;
+    fillEllipse(c.dc, dotRect,
+                b.on        ? color::kAccentTint
+                : b.warning ? color::kWarningTint
+                            : color::kErrorTint);
+    drawIcon(c.dc, dotRect.inset(c.s(4), c.s(4)), b.on ? Icon::Check : Icon::Minus, ink, 2.6f);
     const int labelLeft = dotRect.right + c.s(10);
     const int valueLeft = labelLeft + c.s(110);
     drawText(c.dc, b.text, {labelLeft, b.rect.top, valueLeft - c.s(6), b.rect.bottom}, c.font(kFontSmallBold),
              color::kText, kLine);
     drawText(c.dc, b.text2, {valueLeft, b.rect.top, b.rect.right, b.rect.bottom}, c.font(kFontSmall),
-             b.on ? color::kSecondary : color::kError, kLine | DT_PATH_ELLIPSIS);
+             b.on ? color::kSecondary : ink, kLine | DT_PATH_ELLIPSIS);
 }
 
 // The Derleme page's state tile (icon or spinner), or the Kimlik page's icon tile.

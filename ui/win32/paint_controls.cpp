@@ -113,4 +113,20 @@ void paintToggle(const PaintContext& c, const Block& b) {
              c.font(kFontTiny), color::kMuted, kLine);
 }
 
+void paintFocusRing(const PaintContext& c, const Block& b) {
+    if (c.model.focusItem == kItemNone || b.item != c.model.focusItem || b.disabled) return;
+    // The chips are one stop: the ring is on the chosen one.
+    if (b.sub != c.model.focusSub) return;
+    const int out = c.s(b.kind == BlockKind::Toggle ? 4 : 2);
+    const float radius = float(c.s(b.kind == BlockKind::NavEntry || b.kind == BlockKind::Chip ? 10 : 11));
+    strokeRoundRect(c.dc, b.rect.inset(-out, -out), radius, color::kThumbActive, float(c.s(2)));
+}
+
+void paintThinScrollBar(HDC dc, const Rect& track, const ThinScrollBar& bar, Rgb thumb, int dpi) {
+    const float radius = float(scaleLength(3, dpi)) / 2;
+    const Rect rail{track.left, bar.trackTop, track.right, bar.trackBottom};
+    fillRoundRect(dc, rail, radius, blend(color::kHairline, color::kWhite, 40));
+    fillRoundRect(dc, {track.left, bar.thumbTop, track.right, bar.thumbBottom}, radius, thumb);
+}
+
 } // namespace nv::ui::win

@@ -64,6 +64,11 @@ PageModel BuilderApp::pageModel() const {
     m.pressedSub = pressedSub_;
     m.tick = build_.tick();
     m.focusField = fields_.focused();
+    if (GetFocus() == hwnd_) {
+        m.focusItem = focusItem_;
+        m.focusSub = focusSub_;
+    }
+    m.pageScroll = pageScroll_;
 
     m.skinLoaded = skinLoaded_;
     m.skinLoadFailed = skinLoadFailed_;
@@ -87,28 +92,18 @@ PageModel BuilderApp::pageModel() const {
     m.iconPreview = !iconPreview_.empty();
 
     m.building = build_.building();
-    m.buildState = buildPageState(skinLoaded_, m.building, build_.finished(), build_.succeeded());
+    // A result the settings have moved on from: the page is ready for the next build, and the result card
+    // says what its numbers still describe.
+    m.resultStale = build_.stale();
+    m.buildState =
+        buildPageState(skinLoaded_, m.building, build_.finished() && !m.resultStale, build_.succeeded());
     m.lastMessage = build_.lastResult().message;
     m.hasResult = build_.succeeded() && !m.building;
     m.crc = build_.lastResult().crc32;
     m.signedResult = build_.lastResult().wasSigned;
     m.signature = build_.lastResult().signature;
     m.elapsedMs = build_.elapsedMs();
-
-    ReadinessInputs in;
-    in.skinLoaded = skinLoaded_;
-    in.skinSource = skinSource_;
-    in.skinWidth = summary_.resolved ? summary_.width : 0;
-    in.skinHeight = summary_.resolved ? summary_.height : 0;
-    in.configUrl = m.recipe.configUrl;
-    in.outputPath = m.recipe.outPath;
-    const std::wstring folder = pathParent(trim(in.outputPath));
-    in.outputFolderExists = !folder.empty() && folderExists(folder);
-    in.iconPath = m.recipe.icon;
-    in.signing = m.recipe.signing;
-    in.signingFacts = signingProbe_.facts(m.recipe.signing);
-    in.templateExists = fileExists(templatePath_);
-    m.readiness = readinessRows(in);
+    m.readiness = readinessRows(readinessInputs(m.recipe));
 
     m.status = status_;
     m.statusWarning = statusWarning_;
@@ -123,6 +118,32 @@ PageModel BuilderApp::pageModel() const {
     return m;
 }
 
+ReadinessInputs BuilderApp::readinessInputs(const Recipe& recipe) const {
+    ReadinessInputs in;
+    in.skinLoaded = skinLoaded_;
+    in.skinSource = skinSource_;
+    in.skinWidth = summary_.resolved ? summary_.width : 0;
+    in.skinHeight = summary_.resolved ? summary_.height : 0;
+    in.configUrl = recipe.configUrl;
+    in.outputPath = recipe.outPath;
+    const std::wstring folder = pathParent(trim(in.outputPath));
+    in.outputFolderExists = !folder.empty() && folderExists(folder);
+    in.iconPath = recipe.icon;
+    in.signing = recipe.signing;
+    in.signingFacts = signingProbe_.facts(recipe.signing);
+    in.templateExists = fileExists(templatePath_);
+    if (skinLoaded_) {
+        in.addresses.push_back({L"haber sayfası", recipe.iframeUrl, kFieldNewsUrl});
+        in.addresses.push_back({L"duyuru adresi", recipe.feedUrl, kFieldFeedUrl});
+        for (size_t i = 0; i < fields_.linkCount(); ++i) {
+            const int id = kFieldLinkFirst + static_cast<int>(i);
+            in.addresses.push_back(
+                {utf8ToWide(workspace_.buttonLinks[fields_.linkButton(i)].id), fields_.text(id), id});
+        }
+    }
+    return in;
+}
+
 WindowLayout BuilderApp::computeLayout() {
     RECT client{};
     GetClientRect(hwnd_, &client);
@@ -132,13 +153,33 @@ WindowLayout BuilderApp::computeLayout() {
 }
 
 void BuilderApp::paint(HDC dc) {
+    followState();
     layout_ = computeLayout();
     const PageModel model = pageModel();
     fillRect(dc, layout_.frame.client, color::kPage);
     const PaintContext context{
         dc, fonts_, dpi_, model, iconPreview_, preview_.width(), preview_.height(), preview_.pixels()};
-    for (const Block& block : layout_.blocks)
+    const Rect& view = layout_.pageView;
+    for (const Block& block : layout_.blocks) {
+        if (block.scrolls) {
+            // The form column's blocks are seen only inside its view.
+            if (!block.rect.intersects(view)) continue;
+            SavedDC saved(dc);
+            IntersectClipRect(dc, view.left, view.top, view.right, view.bottom);
+            paintBlock(context, block);
+            paintFocusRing(context, block);
+            continue;
+        }
         paintBlock(context, block);
+        paintFocusRing(context, block);
+    }
+    if (layout_.pageBar.visible)
+        paintThinScrollBar(dc, layout_.pageTrack, layout_.pageBar,
+                           barDragging_ ? color::kThumbActive : color::kThumb, dpi_);
+    // The log view is a stop of its own: its card shows the ring while it has the focus.
+    if (log_.hwnd() && GetFocus() == log_.hwnd() && !layout_.logView.empty())
+        strokeRoundRect(dc, layout_.logView.inset(-scaleLength(2, dpi_), -scaleLength(2, dpi_)),
+                        float(scaleLength(8, dpi_)), color::kThumbActive, float(scaleLength(2, dpi_)));
 }
 
 } // namespace nv::ui::win

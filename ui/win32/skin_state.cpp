@@ -6,6 +6,8 @@
 #include "core/files.h"
 #include "core/text.h"
 #include "recipe/recipe_keys.h"
+#include "recipe/session_file.h"
+#include "core/crc32.h"
 #include "ui/drops.h"
 #include "ui/readiness.h"
 
@@ -27,6 +29,16 @@ BuildInputs BuilderApp::buildInputs() const {
     return recipeBuildInputs(recipe(), iconBytes_);
 }
 
+std::string BuilderApp::settingsFingerprint() const {
+    const Recipe now = recipe();
+    // The session text holds every saved decision; what it leaves out is added beside it.
+    std::string print = sessionText(now);
+    print += '\n' + wideToUtf8(now.signing.pfxPassword) + '\n' +
+             std::to_string(Crc32::of(iconBytes_.data(), iconBytes_.size())) + '\n' +
+             std::to_string(iconBytes_.size()) + '\n' + std::to_string(skinGeneration_);
+    return print;
+}
+
 void BuilderApp::showSkinValues() {
     Recipe skinValues = recipe();
     takeSkinValues(workspace_, skinValues);
@@ -46,6 +58,7 @@ bool BuilderApp::loadSkin(const std::wstring& path, bool restoreMode) {
     fields_.rebuildLinks(workspace_.buttonLinks);
     linkPage_ = 0;
     if (ok) showSkinValues();
+    ++skinGeneration_;
     updateSkinSummary();
     preview_.refresh();
     if (!restoreMode) {
@@ -72,6 +85,10 @@ void BuilderApp::dropFiles(HDROP drop) {
         if (DragQueryFileW(drop, i, path, 261)) paths.emplace_back(path);
     }
     DragFinish(drop);
+    openPaths(paths);
+}
+
+void BuilderApp::openPaths(const std::vector<std::wstring>& paths) {
     const DropPlan plan = planDrop(paths, build_.building());
     if (plan.action == DropPlan::Action::Ignore) return;
     if (plan.action == DropPlan::Action::LoadSource) {
@@ -86,6 +103,7 @@ void BuilderApp::dropFiles(HDROP drop) {
         setStatus(report.status, false);
         return;
     }
+    ++skinGeneration_;
     skinLoaded_ = true;
     skinLoadFailed_ = false;
     if (!wasLoaded) {

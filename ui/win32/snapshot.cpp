@@ -92,10 +92,9 @@ void BuilderApp::runSnapshots() {
     UpdateWindow(hwnd_);
     capture(pathJoin(folder, L"5_derleme.png"));
 
-    RECT area{0, 0, scaleLength(kMinClientWidth, dpi_), scaleLength(kMinClientHeight, dpi_)};
-    AdjustWindowRectEx(&area, WS_OVERLAPPEDWINDOW, FALSE, WS_EX_ACCEPTFILES);
-    SetWindowPos(hwnd_, nullptr, 0, 0, area.right - area.left, area.bottom - area.top,
-                 SWP_NOMOVE | SWP_NOACTIVATE | SWP_NOZORDER);
+    // The minimum as the operator can drag it: on a screen smaller than it, the work area.
+    const SIZE minimum = minimumWindowSize();
+    SetWindowPos(hwnd_, nullptr, 0, 0, minimum.cx, minimum.cy, SWP_NOMOVE | SWP_NOACTIVATE | SWP_NOZORDER);
     shootSections(L"_min");
     showSection(kDerleme);
     UpdateWindow(hwnd_);
