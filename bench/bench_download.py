@@ -20,8 +20,9 @@ bring the folder {dest} to the client set announced by the remote config at {con
 crclist, crclist_crc32) and exit 0; --patcher-prepare (NV_BENCH_PATCHER_PREPARE), with the same placeholders, runs
 before it untimed (make bench builds the patcher there: bench/patcher_bench.sh). --patcher-start
 (NV_BENCH_PATCHER_START) is a command that starts and ends a program that does nothing under the same runner
-as the patcher (under Wine, about 1.5 s that a Windows machine does not spend): its best of three is printed,
-and the limited ratio is printed a second time with that cost taken off the patcher's time, labelled as such.
+as the patcher (under Wine with its server running, about 0.2 s): its best of three is printed, and the ratios
+are printed a second time with that cost taken off the patcher's time, labelled as such, so that what the runner
+costs is told apart from what the transfer costs.
 Run by `make bench`, never by `make test`.
 """
 
