@@ -9,7 +9,7 @@ namespace {
 
 constexpr const Command* kCommands[] = {
     &kPackCommand,    &kListCommand,   &kUnpackCommand, &kInspectCommand, &kLintCommand,
-    &kComposeCommand, &kRenderCommand, &kBuildCommand,  &kCrclistCommand,
+    &kComposeCommand, &kRenderCommand, &kBuildCommand,  &kCrclistCommand, &kKeygenCommand,
 };
 
 constexpr std::wstring_view kHelpSummary = L"Bir komutun ayrıntılı yardımını gösterir.";

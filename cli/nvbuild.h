@@ -116,5 +116,6 @@ extern const Command kComposeCommand;
 extern const Command kRenderCommand;
 extern const Command kBuildCommand;
 extern const Command kCrclistCommand;
+extern const Command kKeygenCommand;
 
 } // namespace nv

@@ -49,6 +49,7 @@ struct BuildRequest {
     Bytes packageBytes; // the skin package to embed
     VersionInfoFields version;
     SigningOptions signing;
+    Bytes updateKeys; // the public keys' lines to embed; empty: none
 };
 
 struct BuildResult {
@@ -75,6 +76,7 @@ struct BuildInputs {
     Bytes iconBytes;
     VersionInfoFields version;
     SigningOptions signing;
+    Bytes updateKeys; // the public keys' lines, as read and checked by the caller
 };
 
 // Composes the package from the workspace (the recipe applied to it), fills the request (productName defaults

@@ -10,6 +10,8 @@ namespace nv::update {
 
 // What the check remembers between runs (path, size, write time, CRC of each verified file).
 inline constexpr std::string_view kStateFileName = "norvane.state";
+// The highest signed list version this patcher has accepted, so that an older signed list is refused.
+inline constexpr std::string_view kAcceptedFileName = "norvane.accepted";
 // The run log and its rotated predecessors ("norvane.1.log" is the run before, "norvane.2.log" the one before
 // that).
 inline constexpr std::string_view kLogFileName = "norvane.log";
@@ -26,8 +28,9 @@ inline constexpr std::string_view kIndexFolder = ".nvindex";
 // "norvane.log", "norvane.1.log", "norvane.2.log" for generation 0, 1, 2.
 std::string logFileName(int generation);
 
-// True for a path (relative, "/"-separated, any ASCII case) that the patcher writes itself: the state file,
-// a log, a ".nvpart", its resume record, an aside copy, a temporary ".nvtmp", or anything under ".nvindex/".
+// True for a path (relative, "/"-separated, any ASCII case) that the patcher writes itself: the state file, the
+// accepted list version, a log, a ".nvpart", its resume record, an aside copy, a temporary ".nvtmp", or anything
+// under ".nvindex/".
 bool isBookkeepingPath(std::string_view path);
 
 } // namespace nv::update
