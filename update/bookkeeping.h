@@ -28,9 +28,9 @@ inline constexpr std::string_view kIndexFolder = ".nvindex";
 // "norvane.log", "norvane.1.log", "norvane.2.log" for generation 0, 1, 2.
 std::string logFileName(int generation);
 
-// True for a path (relative, "/"-separated, any ASCII case) that the patcher writes itself: the state file, the
-// accepted list version, a log, a ".nvpart", its resume record, an aside copy, a temporary ".nvtmp", or anything
-// under ".nvindex/".
+// True for a path (relative, "/"-separated, any ASCII case) that the patcher writes itself: the state file,
+// the accepted list version, a log, a ".nvpart", its resume record, an aside copy, a temporary ".nvtmp", or
+// anything under ".nvindex/".
 bool isBookkeepingPath(std::string_view path);
 
 } // namespace nv::update
