@@ -5,10 +5,45 @@
 #include "cli/skin_input.h"
 #include "core/files.h"
 #include "core/paths.h"
+#include "core/text.h"
 #include "packager/icon.h"
 #include "recipe/recipe.h"
+#include "update/update_key.h"
+
+#include <algorithm>
 
 namespace nv {
+namespace {
+
+// The update keys' .pub files (joined by "|"), each checked, into the lines the patcher's resource holds.
+bool readUpdateKeys(const std::wstring& joined, Bytes& resource, std::wstring& message) {
+    std::vector<update::PublicKey> keys;
+    for (size_t start = 0; start < joined.size();) {
+        const size_t bar = std::min(joined.find(L'|', start), joined.size());
+        const std::wstring path = joined.substr(start, bar - start);
+        start = bar + 1;
+        Bytes bytes;
+        update::PublicKey key;
+        std::string error;
+        if (!readFileBytes(path, bytes, update::kMaxKeyFileBytes + 1))
+            return message = L"Güncelleme anahtarı okunamadı: " + path, false;
+        if (!update::parsePublicKey(
+                std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()), key, error))
+            return message = L"Güncelleme anahtarı geçersiz: " + path + L" — " + utf8ToWide(error), false;
+        if (std::find(keys.begin(), keys.end(), key) == keys.end()) keys.push_back(key);
+    }
+    if (keys.size() > update::kMaxUpdateKeys)
+        return message =
+                   L"En çok " + std::to_wstring(update::kMaxUpdateKeys) + L" güncelleme anahtarı gömülür.",
+               false;
+    for (const update::PublicKey& key : keys) {
+        const std::string line = update::publicKeyText(key);
+        resource.insert(resource.end(), line.begin(), line.end());
+    }
+    return true;
+}
+
+} // namespace
 
 bool chooseSigningSource(const RecipeOptions& options, SigningOptions& signing, std::wstring& error) {
     // The options that only one certificate source uses.
@@ -103,6 +138,7 @@ int planBuild(const Invocation& invocation, Console& console, BuildPlan& plan) {
 
     applyRecipe(recipe, plan.workspace);
     plan.inputs = recipeBuildInputs(recipe, std::move(iconBytes));
+    if (!readUpdateKeys(recipe.updateKeys, plan.inputs.updateKeys, message)) return failed(console, message);
     plan.recipe = std::move(recipe);
     return kExitOk;
 }

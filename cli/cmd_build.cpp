@@ -147,7 +147,7 @@ const std::wstring kBuildHelp =
     L"  SOURCE  skin: klasör, .zip, skin paketi ya da (Windows'ta) skin taşıyan patcher .exe\n"
     L"\n"
     L"Çıktı ve şablon:\n" +
-    optionHelp({"out_path", "template", "icon"}) +
+    optionHelp({"out_path", "template", "icon", "update_key"}) +
     L"\n"
     L"Dosya bilgileri (Özellikler > Ayrıntılar):\n" +
     optionHelp({"v_product", "v_company", "description", "v_version", "v_copyright", "out_name"}) +

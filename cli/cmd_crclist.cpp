@@ -1,5 +1,6 @@
 // nvbuild crclist: the file list of a game client folder, as the patcher reads it from the server.
 
+#include "cli/list_signing.h"
 #include "cli/nvbuild.h"
 #include "core/crc32.h"
 #include "core/files.h"
@@ -101,6 +102,16 @@ int commandCrclist(const Invocation& invocation, Console& console) {
     if (!folderExists(root)) return failed(console, L"Klasör bulunamadı: " + invocation.arguments[0]);
     const std::wstring* outOption = invocation.value(L"--out");
     const std::wstring out = outOption ? absolutePath(*outOption) : pathJoin(root, L"crclist.txt");
+    ListSigning signing;
+    update::Crypto* crypto = nullptr;
+    const bool sign =
+        invocation.has(L"--sign") || invocation.has(L"--expires") || invocation.has(L"--version");
+    if (sign) {
+        int exitCode = kExitOk;
+        if (!readSigningOptions(invocation, console, signing, exitCode)) return exitCode;
+        crypto = update::systemCrypto();
+        if (!crypto) return failed(console, kNoCryptoMessage);
+    }
 
     Walk walk;
     walk.root = root;
@@ -183,6 +194,9 @@ int commandCrclist(const Invocation& invocation, Console& console) {
         if (!indexes[i]) continue;
         list.comments.push_back(update::indexRefLine(list.files[i].path, *indexes[i]));
         kept.insert(update::indexPathFor(list.files[i].path));
+        // A signed list carries each index's SHA-256 too, so a patcher with a key trusts no index the key did
+        // not sign.
+        signing.extraFiles.push_back(update::indexPathFor(list.files[i].path));
         indexBytes += indexes[i]->size;
     }
     std::vector<FolderEntry> present;
@@ -194,7 +208,17 @@ int commandCrclist(const Invocation& invocation, Console& console) {
                 folder->remove(path, error);
             }
 
-    const std::string text = update::writeFileList(list);
+
+    std::string text;
+    if (sign) {
+        Bytes previous;
+        readFileBytes(out, previous, update::kMaxListBytes);
+        if (!signList(*crypto, signing, root, list, std::string(previous.begin(), previous.end()), console,
+                      text))
+            return kExitFailed;
+    } else {
+        text = update::writeFileList(list);
+    }
     if (!writeFileAtomic(out, text.data(), text.size()))
         return failed(console, L"Yazılamadı: " + out + L" — " + systemErrorText(lastSystemError()));
     uint64_t total = 0;
@@ -209,8 +233,8 @@ int commandCrclist(const Invocation& invocation, Console& console) {
 
 constexpr std::wstring_view kCrclistArguments[] = {L"CLIENT_DIR"};
 constexpr OptionSpec kCrclistOptions[] = {
-    {L"--out", L"FILE"},
-    {L"--exclude", L"PATTERN", true},
+    {L"--out", L"FILE"},  {L"--exclude", L"PATTERN", true}, {L"--sign", L"KEY"}, {L"--expires", L"DAYS|DATE"},
+    {L"--version", L"N"},
 };
 
 } // namespace
@@ -218,7 +242,8 @@ constexpr OptionSpec kCrclistOptions[] = {
 const Command kCrclistCommand{
     L"crclist",
     L"Oyun klasörünün dosya listesini (crclist.txt) yazar; patcher sunucudan bunu okur.",
-    L"crclist CLIENT_DIR [--out FILE] [--exclude PATTERN]...",
+    L"crclist CLIENT_DIR [--out FILE] [--exclude PATTERN]... [--sign KEY [--expires DAYS|DATE] [--version "
+    L"N]]",
     L"Argümanlar:\n"
     L"  CLIENT_DIR  oyuncuların klasörü olacak istemci klasörü (sunucuya olduğu gibi yüklenir)\n"
     L"\n"
@@ -228,6 +253,12 @@ const Command kCrclistCommand{
     L"                     (büyük/küçük harf fark etmez). '/' içeren desen yolun tamamına, içermeyen\n"
     L"                     her ada uyar: \"*.log\" her yerdeki günlükleri, \"ekran\" bir klasörü dışarıda "
     L"bırakır.\n"
+    L"  --sign KEY         listeyi `nvbuild keygen`in özel anahtarıyla (.key) imzalar: her dosyanın\n"
+    L"                     SHA-256'sı, sürüm, geçerlilik ve imza eklenir (yalnızca Windows'ta)\n"
+    L"  --expires DAYS|DATE  imzanın geçerliliği: gün sayısı ya da YYYY-AA-GG (o günün sonu, UTC);\n"
+    L"                     varsayılan 30 gün. Geçmiş bir tarih uyarıyla imzalanır (sınama için)\n"
+    L"  --version N        listenin sürümü; varsayılan, değiştirilen listeninkinin bir fazlası.\n"
+    L"                     Anahtarlı patcher'lar daha önce kabul ettiklerinden eski sürümü reddeder\n"
     L"\n"
     L"Her satır: yol<TAB>boyut<TAB>crc32 (yollar '/' ile, UTF-8). Liste kendisini, patcher'ın bıraktığı\n"
     L"dosyaları (.nvpart, norvane.state, norvane*.log) ve .nvindex/ klasörünü hiçbir zaman içermez.\n"

@@ -119,5 +119,6 @@ extern const Command kRenderCommand;
 extern const Command kBuildCommand;
 extern const Command kCrclistCommand;
 extern const Command kFeedCommand;
+extern const Command kKeygenCommand;
 
 } // namespace nv

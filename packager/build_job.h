@@ -54,6 +54,7 @@ struct BuildRequest {
     // goes and the previous output stays. Once the copy has replaced the output the build is done and stays
     // done.
     const std::atomic<bool>* cancel = nullptr;
+    Bytes updateKeys; // the public keys' lines to embed; empty: none
 };
 
 struct BuildResult {
@@ -84,6 +85,7 @@ struct BuildInputs {
     Bytes iconBytes;
     VersionInfoFields version;
     SigningOptions signing;
+    Bytes updateKeys; // the public keys' lines, as read and checked by the caller
 };
 
 // How one run of a build is steered, beside its inputs.

@@ -34,6 +34,7 @@ BuildRequest makeBuildRequest(const BuildInputs& inputs, const std::wstring& tit
     request.packageBytes = std::move(package);
     request.version = inputs.version;
     request.signing = inputs.signing;
+    request.updateKeys = inputs.updateKeys;
     if (request.version.productName.empty()) request.version.productName = trim(title);
     if (request.version.originalFilename.empty())
         request.version.originalFilename = pathFileName(inputs.outputPath);

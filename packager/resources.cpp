@@ -6,7 +6,7 @@ namespace nv {
 
 bool replacedByBuild(const ResourceId& type, const ResourceId& name, bool newIcon) {
     if (type.is(kResourceVersion)) return true;
-    if (type.is(kResourceRcdata)) return name.is(SKIN_RESOURCE_ID);
+    if (type.is(kResourceRcdata)) return name.is(SKIN_RESOURCE_ID) || name.is(UPDATE_KEYS_RESOURCE_ID);
     return newIcon && (type.is(kResourceIcon) || type.is(kResourceGroupIcon));
 }
 

@@ -47,8 +47,9 @@ struct ResourceRef {
 // be loaded as a data file.
 std::vector<ResourceRef> listResources(const std::wstring& path, uint32_t type);
 
-// True for the resources a build writes anew: the version information, the skin package (RT_RCDATA 900 in any
-// language, no other RT_RCDATA) and, when a new icon is given, every icon and icon group.
+// True for the resources a build writes anew: the version information, the skin package and the update keys
+// (RT_RCDATA 900 and 901 in any language, no other RT_RCDATA) and, when a new icon is given, every icon and
+// icon group.
 bool replacedByBuild(const ResourceId& type, const ResourceId& name, bool newIcon);
 
 // The RT_ICON images 1..n (language 0) of a checked ICO file, followed by its RT_GROUP_ICON 1.

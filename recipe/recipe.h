@@ -39,6 +39,8 @@ struct Recipe {
     VersionInfoFields version;     // its originalFilename is the output's name ("out_name")
     SigningOptions signing;
     std::wstring templatePath; // empty: the template beside the program
+    // The update keys' .pub files, joined by "|" (a character no Windows path holds); empty: none.
+    std::wstring updateKeys;
 
     // A fresh builder window's values: the defaults of the key table.
     Recipe();

@@ -162,7 +162,11 @@ bool checkKeyOption(const RecipeKey& key, const std::wstring& value, std::wstrin
 bool applyKeyOption(const RecipeKey& key, Recipe& recipe, const std::wstring& value, std::wstring& error) {
     switch (key.type) {
     case KeyType::Text:
-        key.text(recipe) = value;
+        // A repeatable text gathers its values, apart by "|".
+        if (key.repeatable && !key.text(recipe).empty())
+            key.text(recipe) += L"|" + value;
+        else
+            key.text(recipe) = value;
         return true;
     case KeyType::Count:
         key.count(recipe) = parsedCount(value, key.low);

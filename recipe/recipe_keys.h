@@ -396,6 +396,18 @@ inline constexpr RecipeKey kRecipeKeys[] = {
      .placeholder = L"PATH",
      .help = L"signtool.exe; verilmezse Windows SDK klasörlerinde aranır",
      .text = [](Recipe& r) -> std::wstring& { return r.signing.signtoolPath; }},
+    // Not in the session file yet: the window has no field for it.
+    {.name = "update_key",
+     .type = KeyType::Text,
+     .step = RestoreStep::Never,
+     .group = OptionGroup::Output,
+     .option = L"--update-key",
+     .placeholder = L"NAME.pub",
+     .repeatable = true,
+     .help = L"güncelleme anahtarı (nvbuild keygen'in .pub dosyası) patcher'a gömülür; patcher\n"
+             L"yalnızca bununla imzalanmış dosya listelerini kabul eder. Tekrarlanabilir: anahtar\n"
+             L"değiştirirken eskisi ve yenisi birlikte",
+     .text = [](Recipe& r) -> std::wstring& { return r.updateKeys; }},
     {.name = "link",
      .type = KeyType::Links,
      .step = RestoreStep::SkinValues,

@@ -18,6 +18,7 @@ packages=(
     fonts-inter fonts-dejavu-core   # free look-alikes of Segoe UI, Tahoma and Consolas (snapshots, text under Wine)
     nginx-light curl aria2 openssl  # transfer tests and benchmarks: a real web server, referee clients, TLS keys
     osslsigncode                    # signing tests: real signatures and time stamps on a test file (with openssl)
+    python3-cryptography            # update key tests: the referee that checks and makes ECDSA P-256 signatures
 )
 
 missing=()

@@ -17,7 +17,7 @@ struct LocaleDefault {
     const char* key; // null in the closing row
     const wchar_t* text;
 };
-constexpr size_t kLocaleDefaultCount = 71;
+constexpr size_t kLocaleDefaultCount = 76;
 // 71 rows in their fixed order, then a row with no key.
 extern const LocaleDefault kLocaleDefaults[kLocaleDefaultCount + 1];
 

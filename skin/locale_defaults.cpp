@@ -52,6 +52,18 @@ const LocaleDefault kLocaleDefaults[kLocaleDefaultCount + 1] = {
     {"NV_UP_TO_DATE", L"Oyun güncel."},
     {"NV_PREVIEW", L"Önizleme"},
     {"NV_CRC_MISMATCH", L"İndirilen dosya doğrulanamadı (CRC uyuşmuyor): %s"},
+    {"NV_LIST_UNSIGNED", L"Sunucudaki dosya listesi imzasız. Bu patcher yalnızca imzalı güncellemeleri kabul "
+                         L"eder; hiçbir dosya değiştirilmedi."},
+    {"NV_LIST_FORGED",
+     L"Sunucudaki dosya listesinin imzası doğrulanamadı; güncelleme reddedildi, hiçbir dosya "
+     L"değiştirilmedi."},
+    {"NV_LIST_EXPIRED",
+     L"Sunucudaki dosya listesinin süresi dolmuş (%s); güncelleme reddedildi. Bilgisayarınızın "
+     L"saatini de denetleyin."},
+    {"NV_LIST_ROLLBACK",
+     L"Sunucudaki dosya listesi (sürüm %s) daha önce kurulandan eski; güncelleme reddedildi."},
+    {"NV_HASH_MISMATCH",
+     L"İndirilen dosya imzalı listedekiyle aynı değil (SHA-256); güncelleme reddedildi: %s"},
     {"NV_HTTP_ERROR", L"Sunucu hatası (HTTP %s): %s"},
     {"NV_NET_ERROR", L"Bağlantı hatası: %s"},
     {"NV_INVALID_CONFIG", L"Sunucu yapılandırması geçersiz."},

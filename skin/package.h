@@ -15,6 +15,8 @@
 namespace nv {
 
 constexpr uint16_t SKIN_RESOURCE_ID = 900;
+// The update keys a build embeds (RT_RCDATA, the .pub files' lines); a patcher without it trusts its server.
+constexpr uint16_t UPDATE_KEYS_RESOURCE_ID = 901;
 constexpr uint32_t kSkinPackageVersion = 1;
 constexpr uint32_t kSkinPackageMaxEntries = 0x1000;
 

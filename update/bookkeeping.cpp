@@ -11,7 +11,8 @@ std::string logFileName(int generation) {
 
 bool isBookkeepingPath(std::string_view path) {
     const std::string lower = asciiLower(path);
-    if (lower == kStateFileName || lower == kNoticeFileName || lower == kIndexFolder ||
+    if (lower == kStateFileName || lower == kNoticeFileName || lower == kAcceptedFileName ||
+        lower == kIndexFolder ||
         lower.starts_with(std::string(kIndexFolder) + "/"))
         return true;
     for (int generation = 0; generation < kKeptLogs; ++generation)

@@ -12,6 +12,8 @@ namespace nv::update {
 inline constexpr std::string_view kStateFileName = "norvane.state";
 // The exact text of the operator's notice the player accepted last: a changed notice is asked again.
 inline constexpr std::string_view kNoticeFileName = "norvane.notice";
+// The highest signed list version this patcher has accepted, so that an older signed list is refused.
+inline constexpr std::string_view kAcceptedFileName = "norvane.accepted";
 // The run log and its rotated predecessors ("norvane.1.log" is the run before, "norvane.2.log" the one before
 // that).
 inline constexpr std::string_view kLogFileName = "norvane.log";
@@ -29,7 +31,7 @@ inline constexpr std::string_view kIndexFolder = ".nvindex";
 std::string logFileName(int generation);
 
 // True for a path (relative, "/"-separated, any ASCII case) that the patcher writes itself: the state file,
-// the accepted notice, a log, a ".nvpart", its resume record, an aside copy, a temporary ".nvtmp", or
+// the accepted notice and list version, a log, a ".nvpart", its resume record, an aside copy, a temporary ".nvtmp", or
 // anything under ".nvindex/".
 bool isBookkeepingPath(std::string_view path);
 

@@ -36,6 +36,16 @@ const char* failureKey(FailureKind kind) {
         return "FAILED_CREATE_FILE";
     case FailureKind::WriteFailed:
         return "FAILED_WRITE_FILE";
+    case FailureKind::ListUnsigned:
+        return "NV_LIST_UNSIGNED";
+    case FailureKind::ListForged:
+        return "NV_LIST_FORGED";
+    case FailureKind::ListExpired:
+        return "NV_LIST_EXPIRED";
+    case FailureKind::ListRollback:
+        return "NV_LIST_ROLLBACK";
+    case FailureKind::HashMismatch:
+        return "NV_HASH_MISMATCH";
     }
     return "NOTICE";
 }

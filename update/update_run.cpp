@@ -11,6 +11,7 @@
 #include "update/local_state.h"
 #include "update/remote_config.h"
 #include "update/segments.h"
+#include "update/signed_list.h"
 #include "update/url.h"
 
 #include <algorithm>
@@ -74,6 +75,7 @@ struct FileJob {
     std::string record;
     std::optional<uint64_t> size; // unknown only for the new patcher
     uint32_t crc = 0;
+    std::optional<Sha256Digest> sha256; // from the signed list, when the patcher has update keys
     bool replaceWhenDone = true;
 
     uint64_t segmentBytes = 0;
@@ -200,8 +202,11 @@ private:
     bool noticeAccepted(const std::string& notice);
     bool fetchSmall(const std::string& url, uint64_t limit, Bytes& body, FetchOutcome& outcome,
                     bool noCache = true);
-    bool selfUpdate(const RemoteConfig& config, UpdateResult& result);
+    bool selfUpdate(const RemoteConfig& config, UpdateResult& result, const FileList* signedList);
+    bool signedPatcher(const RemoteConfig& config, const FileList& list, FileJob& job);
     bool fetchList(const RemoteConfig& config, FileList& list);
+    bool acceptSigned(std::string_view bytes, const std::string& listName, FileList& list);
+    bool matchesSignedHash(FileJob& job);
     bool skipped(const ListEntry& entry) const;
     void check(const FileList& list, std::vector<const ListEntry*>& toFetch);
     void download(const std::vector<const ListEntry*>& toFetch, const std::string& base,
@@ -248,6 +253,7 @@ private:
 
     std::string base_;
     std::string patcherUrl_;
+    SignedList signed_; // the accepted signed list's fields, with update keys
     uint64_t segmentBytes_ = 0;
     std::vector<std::unique_ptr<FileJob>> jobs_;
     std::atomic<uint64_t> bytesTotal_{0};
@@ -350,7 +356,14 @@ UpdateResult Run::execute() {
     RemoteConfig config;
     FileList list;
     std::vector<const ListEntry*> toFetch;
-    if (fetchConfig(config) && !selfUpdate(config, result) && !stopping() && fetchList(config, list)) {
+    // With update keys the list comes before the self-update: it alone says which patcher may be installed,
+    // the configuration only where it lies.
+    bool ready = fetchConfig(config);
+    if (ready && request_.requireSigned)
+        ready = fetchList(config, list) && !selfUpdate(config, result, &list) && !stopping();
+    else if (ready)
+        ready = !selfUpdate(config, result, nullptr) && !stopping() && fetchList(config, list);
+    if (ready) {
         check(list, toFetch);
         if (!stopping() && !toFetch.empty()) download(toFetch, config.crcpatchUrl, indexRefs(list));
     }
@@ -474,22 +487,26 @@ bool Run::noticeAccepted(const std::string& notice) {
 }
 
 // True when the run ends here: the new patcher is ready (or the attempt failed).
-bool Run::selfUpdate(const RemoteConfig& config, UpdateResult& result) {
-    if (request_.selfPath.empty() || !request_.selfCrc || !config.patcherCrc32 || config.patcherUrl.empty() ||
-        *config.patcherCrc32 == *request_.selfCrc)
-        return false;
-    setStep(Step::SelfUpdate);
-    log_.line("Patcher guncelleniyor: " + crcText(*request_.selfCrc) + " -> " +
-              crcText(*config.patcherCrc32) + " (" + config.patcherUrl + ")");
+bool Run::selfUpdate(const RemoteConfig& config, UpdateResult& result, const FileList* signedList) {
     auto job = std::make_unique<FileJob>();
     job->path = request_.selfPath;
     job->part = request_.selfPath + std::string(kPartSuffix);
-    job->crc = *config.patcherCrc32;
     job->replaceWhenDone = false;
+    if (signedList) {
+        if (!signedPatcher(config, *signedList, *job)) return false;
+    } else {
+        if (request_.selfPath.empty() || !request_.selfCrc || !config.patcherCrc32 ||
+            config.patcherUrl.empty() || *config.patcherCrc32 == *request_.selfCrc)
+            return false;
+        job->crc = *config.patcherCrc32;
+        patcherUrl_ = config.patcherUrl;
+        log_.line("Patcher guncelleniyor: " + crcText(*request_.selfCrc) + " -> " +
+                  crcText(*config.patcherCrc32) + " (" + config.patcherUrl + ")");
+    }
+    setStep(Step::SelfUpdate);
     FileJob& self = *job;
     base_.clear();
     jobs_.push_back(std::move(job));
-    patcherUrl_ = config.patcherUrl;
     fetchWhole(self);
     const bool ready = self.done && !stopping();
     self.file.reset();
@@ -506,6 +523,84 @@ bool Run::selfUpdate(const RemoteConfig& config, UpdateResult& result) {
         log_.line("Yeni patcher indirildi ve dogrulandi.");
     }
     return true;
+}
+
+// With update keys: the patcher to install is the signed list's entry of this patcher's own file name (its
+// size, CRC-32 and SHA-256); it is due when that SHA-256 is not the running patcher's. The configuration's
+// nv_patcher_crc32 is not believed either way; its nv_patcher_url only says where the file lies.
+bool Run::signedPatcher(const RemoteConfig& config, const FileList& list, FileJob& job) {
+    if (request_.selfPath.empty() || !request_.selfSha256) return false;
+    const auto entry = std::find_if(list.files.begin(), list.files.end(), [&](const ListEntry& e) {
+        return equalsIgnoreCase(e.path, request_.selfPath);
+    });
+    if (entry == list.files.end()) {
+        log_.line("Imzali liste bu patcher'i (" + request_.selfPath +
+                  ") adlandirmiyor: kendini guncelleme yok.");
+        return false;
+    }
+    const Sha256Digest& wanted = signed_.sha256.at(entry->path);
+    if (wanted == *request_.selfSha256) return false;
+    job.size = entry->size;
+    job.crc = entry->crc;
+    job.sha256 = wanted;
+    patcherUrl_ = config.patcherUrl.empty() ? fileUrl(config.crcpatchUrl, entry->path) : config.patcherUrl;
+    log_.line("Patcher guncelleniyor (imzali listedeki SHA-256 farkli): " + patcherUrl_);
+    return true;
+}
+
+// Believes nothing of the list before its signature verifies; then remembers its version, so that an older
+// signed list is refused from now on.
+bool Run::acceptSigned(std::string_view bytes, const std::string& listName, FileList& list) {
+    if (!request_.crypto) {
+        Failure failure;
+        failure.kind = FailureKind::ListForged;
+        failure.subject = listName;
+        failure.detail = "imza dogrulanamiyor: sistemin sifreleme hizmeti yok";
+        fail(failure);
+        return false;
+    }
+    Bytes kept;
+    const uint64_t highest =
+        files_.readSmall(std::string(kAcceptedFileName), kept, 256)
+            ? parseAcceptedVersion(std::string_view(reinterpret_cast<const char*>(kept.data()), kept.size()))
+            : 0;
+    std::string detail;
+    const ListVerdict verdict = checkSignedList(bytes, listName, request_.updateKeys, *request_.crypto,
+                                                request_.now, highest, list, signed_, detail);
+    if (verdict == ListVerdict::Accepted) {
+        log_.line(detail);
+        FileError error;
+        const std::string text = acceptedVersionText(signed_.version);
+        if (signed_.version > highest &&
+            !files_.writeSmall(std::string(kAcceptedFileName), Bytes(text.begin(), text.end()), error))
+            log_.line("kabul edilen surum yazilamadi: " + describe(error));
+        return true;
+    }
+    list = FileList();
+    Failure failure;
+    failure.subject = listName;
+    failure.detail = detail;
+    switch (verdict) {
+    case ListVerdict::Unsigned:
+        failure.kind = FailureKind::ListUnsigned;
+        break;
+    case ListVerdict::BadSignature:
+        failure.kind = FailureKind::ListForged;
+        break;
+    case ListVerdict::Expired:
+        failure.kind = FailureKind::ListExpired;
+        failure.subject = utcTimeText(signed_.expires);
+        break;
+    case ListVerdict::Rollback:
+        failure.kind = FailureKind::ListRollback;
+        failure.subject = std::to_string(signed_.version);
+        break;
+    default:
+        failure.kind = FailureKind::ListInvalid;
+        break;
+    }
+    fail(failure);
+    return false;
 }
 
 bool Run::fetchList(const RemoteConfig& config, FileList& list) {
@@ -534,9 +629,14 @@ bool Run::fetchList(const RemoteConfig& config, FileList& list) {
             return false;
         }
     }
+    const std::string_view bytes(reinterpret_cast<const char*>(body.data()), body.size());
+    if (request_.requireSigned) {
+        if (!acceptSigned(bytes, config.crclist, list)) return false;
+        log_.line("Listede " + std::to_string(list.files.size()) + " dosya.");
+        return true;
+    }
     std::string error;
-    if (!parseFileList(std::string_view(reinterpret_cast<const char*>(body.data()), body.size()),
-                       config.crclist, list, error)) {
+    if (!parseFileList(bytes, config.crclist, list, error)) {
         Failure failure;
         failure.kind = FailureKind::ListInvalid;
         failure.subject = config.crclist;
@@ -656,6 +756,7 @@ std::unique_ptr<FileJob> Run::makeJob(const ListEntry& entry) {
     job->size = entry.size;
     job->crc = entry.crc;
     job->fetchTotal = entry.size;
+    if (request_.requireSigned) job->sha256 = signed_.sha256.at(entry.path);
     if (isSegmented(entry.size, segmentBytes_)) {
         const size_t count = segmentCount(entry.size, segmentBytes_);
         job->segmentBytes = segmentBytes_;
@@ -814,6 +915,17 @@ std::shared_ptr<const ChunkIndex> Run::fetchIndex(const FileJob& job, const Inde
         if (body.size() == ref.size && hash128(body.data(), body.size()) == ref.hash) break;
         log_.line(job.path + ": parca dizini listedekiyle uyusmuyor" + (attempt == 0 ? "; yeniden" : ""));
         if (attempt == 1) return nullptr;
+    }
+    // With update keys an index is trusted only with the SHA-256 the signed list gives it; without one the file
+    // comes whole. (Its chunks are checked against it, and the assembled file against its own signed hash.)
+    if (request_.requireSigned) {
+        const auto wanted = signed_.sha256.find(indexPathFor(job.path));
+        std::unique_ptr<Sha256> hash = request_.crypto ? request_.crypto->sha256() : nullptr;
+        if (hash) hash->update(body.data(), body.size());
+        if (wanted == signed_.sha256.end() || !hash || hash->finish() != wanted->second) {
+            log_.line(job.path + ": parca dizini imzali listede yok ya da ozeti uyusmuyor");
+            return nullptr;
+        }
     }
     auto index = std::make_shared<ChunkIndex>();
     std::string error;
@@ -1199,6 +1311,7 @@ void Run::finishJob(FileJob& job, uint32_t crc) {
         fail(fileFailure(error, FailureKind::WriteFailed));
         return;
     }
+    if (job.sha256 && !matchesSignedHash(job)) return;
     job.file.reset();
     job.recordFile.reset();
     {
@@ -1206,6 +1319,35 @@ void Run::finishJob(FileJob& job, uint32_t crc) {
         job.done = true;
     }
     if (job.replaceWhenDone) putInPlace(job);
+}
+
+// Reads the finished part back for its SHA-256: segments arrive out of order, so the file is hashed whole
+// once, from the cache the writes just filled. A CRC-32 an attacker computed for his own bytes ends here.
+bool Run::matchesSignedHash(FileJob& job) {
+    FileError error;
+    std::unique_ptr<Sha256> hash = request_.crypto->sha256();
+    bool readable = hash != nullptr;
+    std::vector<uint8_t> buffer(1 << 20);
+    for (uint64_t at = 0; readable && at < *job.size && !stopping();) {
+        const size_t n = size_t(std::min<uint64_t>(buffer.size(), *job.size - at));
+        readable = job.file->read(at, buffer.data(), n, error);
+        if (readable) hash->update(buffer.data(), n);
+        at += n;
+    }
+    if (stopping()) return false;
+    if (readable && hash->finish() == *job.sha256) return true;
+    job.file.reset();
+    job.recordFile.reset();
+    files_.remove(job.part, error);
+    if (!job.record.empty()) files_.remove(job.record, error);
+    job.received = 0;
+    Failure failure;
+    failure.kind = readable ? FailureKind::HashMismatch : FailureKind::WriteFailed;
+    failure.subject = job.path;
+    failure.detail = job.path + (readable ? ": indirilen dosyanin SHA-256'si imzali listedekiyle uyusmuyor"
+                                          : ": indirilen dosya dogrulama icin okunamadi");
+    fail(failure);
+    return false;
 }
 
 void Run::putInPlace(FileJob& job) {

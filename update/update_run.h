@@ -5,6 +5,7 @@
 // scripted transport and real files. It never leaves a game file half written: every file is downloaded to
 // "<file>.nvpart", checked (size, CRC-32) and only then moved over the old one.
 
+#include "update/crypto.h"
 #include "update/game_files.h"
 #include "update/http.h"
 #include "update/retry.h"
@@ -29,6 +30,15 @@ struct UpdateRequest {
     // self-update alone, never as a listed file. Empty / none: no self-update.
     std::string selfPath;
     std::optional<uint32_t> selfCrc;
+    // Update keys: with requireSigned the list must be signed by one of updateKeys (an empty set refuses
+    // every list), unexpired at `now` and not older than one accepted before; every downloaded file and the
+    // new patcher must then have the SHA-256 the list names, and the configuration only says where things
+    // lie.
+    bool requireSigned = false;
+    std::vector<PublicKey> updateKeys;
+    Crypto* crypto = nullptr; // required with requireSigned
+    int64_t now = 0;          // seconds since 1970 UTC, the player's clock
+    std::optional<Sha256Digest> selfSha256;
     uint64_t cacheToken = 0; // makes the configuration's and the list's addresses new to every cache
     RetryPolicy retry;
     int checkThreads = 0; // files read at once by the check; 0: as many as the machine has, at most 4
@@ -62,6 +72,11 @@ enum class FailureKind {
     AccessDenied,      // NV_ADMIN_QUESTION: writing needs elevation
     CreateFailed,      // FAILED_CREATE_FILE
     WriteFailed,       // FAILED_WRITE_FILE
+    ListUnsigned,      // NV_LIST_UNSIGNED: a patcher with update keys got a list without a signature
+    ListForged,        // NV_LIST_FORGED: the signature verifies under none of its keys
+    ListExpired,       // NV_LIST_EXPIRED: subject is the expiry, as "YYYY-MM-DDTHH:MM:SSZ"
+    ListRollback,      // NV_LIST_ROLLBACK: subject is the list's version, lower than one accepted before
+    HashMismatch,      // NV_HASH_MISMATCH: a file's SHA-256 is not the signed list's
 };
 
 struct Failure {

@@ -185,6 +185,11 @@ std::wstring Writer::writeResources(const std::vector<ResourceItem>& kept,
     if (rewrite.write(ResourceId::number(kResourceRcdata), ResourceId::number(SKIN_RESOURCE_ID), 0,
                       package.data(), package.size()))
         say(L"Skin paketi gömüldü (" + sizeText(package.size()) + L").");
+    const Bytes& keys = request_.updateKeys;
+    if (!keys.empty() &&
+        rewrite.write(ResourceId::number(kResourceRcdata), ResourceId::number(UPDATE_KEYS_RESOURCE_ID), 0,
+                      keys.data(), keys.size()))
+        say(L"Güncelleme anahtarları gömüldü: patcher yalnızca imzalı dosya listelerini kabul eder.");
 
     if (!rewrite.end()) return L"Kaynaklar yazılamadı: " + systemErrorText(rewrite.error());
     return {};
@@ -226,7 +231,16 @@ bool Writer::verify() {
     size_t size = 0;
     if (!findEmbeddedSkin(module.get(), data, size) || !checkSkinPackage(data, size)) return false;
     const Bytes& package = request_.packageBytes;
-    return size == package.size() && std::memcmp(data, package.data(), size) == 0;
+    if (size != package.size() || std::memcmp(data, package.data(), size) != 0) return false;
+    // A patcher that lost its keys would trust any server: they must read back as written, or not be there.
+    const Bytes& keys = request_.updateKeys;
+    HRSRC found = FindResourceW(module.get(), MAKEINTRESOURCEW(UPDATE_KEYS_RESOURCE_ID),
+                                MAKEINTRESOURCEW(kResourceRcdata));
+    if (!found) return keys.empty();
+    HGLOBAL loaded = LoadResource(module.get(), found);
+    const void* embedded = loaded ? LockResource(loaded) : nullptr;
+    return embedded && SizeofResource(module.get(), found) == keys.size() &&
+           std::memcmp(embedded, keys.data(), keys.size()) == 0;
 }
 
 } // namespace

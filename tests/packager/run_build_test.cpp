@@ -34,7 +34,7 @@ TEST(RunBuild, CompositionFailuresTouchNothing) {
     SkinWorkspace incomplete;
     std::wstring message;
     ASSERT_TRUE(incomplete.loadSkinSet(noAddressFile, L"test", message));
-    const BuildInputs inputs{dir.file(L"Norvane.Template.exe"), dir.file(L"Kaldra.exe"), {}, {}, {}};
+    const BuildInputs inputs{dir.file(L"Norvane.Template.exe"), dir.file(L"Kaldra.exe"), {}, {}, {}, {}};
     test::writeFile(inputs.templatePath, "MZ");
     const SkinWorkspace empty;
     const std::pair<const SkinWorkspace*, std::wstring> cases[] = {
