@@ -208,7 +208,6 @@ int commandCrclist(const Invocation& invocation, Console& console) {
                 folder->remove(path, error);
             }
 
-
     std::string text;
     if (sign) {
         Bytes previous;

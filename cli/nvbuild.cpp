@@ -8,9 +8,8 @@ namespace nv {
 namespace {
 
 constexpr const Command* kCommands[] = {
-    &kPackCommand,    &kListCommand,   &kUnpackCommand, &kInspectCommand, &kLintCommand,
-    &kComposeCommand, &kRenderCommand, &kBuildCommand,  &kCrclistCommand, &kFeedCommand,
-    &kKeygenCommand,
+    &kPackCommand,   &kListCommand,  &kUnpackCommand,  &kInspectCommand, &kLintCommand,   &kComposeCommand,
+    &kRenderCommand, &kBuildCommand, &kCrclistCommand, &kFeedCommand,    &kKeygenCommand,
 };
 
 constexpr std::wstring_view kHelpSummary = L"Bir komutun ayrıntılı yardımını gösterir.";

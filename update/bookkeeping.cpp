@@ -12,8 +12,7 @@ std::string logFileName(int generation) {
 bool isBookkeepingPath(std::string_view path) {
     const std::string lower = asciiLower(path);
     if (lower == kStateFileName || lower == kNoticeFileName || lower == kAcceptedFileName ||
-        lower == kIndexFolder ||
-        lower.starts_with(std::string(kIndexFolder) + "/"))
+        lower == kIndexFolder || lower.starts_with(std::string(kIndexFolder) + "/"))
         return true;
     for (int generation = 0; generation < kKeptLogs; ++generation)
         if (lower == logFileName(generation)) return true;

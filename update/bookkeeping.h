@@ -31,8 +31,8 @@ inline constexpr std::string_view kIndexFolder = ".nvindex";
 std::string logFileName(int generation);
 
 // True for a path (relative, "/"-separated, any ASCII case) that the patcher writes itself: the state file,
-// the accepted notice and list version, a log, a ".nvpart", its resume record, an aside copy, a temporary ".nvtmp", or
-// anything under ".nvindex/".
+// the accepted notice and list version, a log, a ".nvpart", its resume record, an aside copy, a temporary
+// ".nvtmp", or anything under ".nvindex/".
 bool isBookkeepingPath(std::string_view path);
 
 } // namespace nv::update

@@ -916,8 +916,9 @@ std::shared_ptr<const ChunkIndex> Run::fetchIndex(const FileJob& job, const Inde
         log_.line(job.path + ": parca dizini listedekiyle uyusmuyor" + (attempt == 0 ? "; yeniden" : ""));
         if (attempt == 1) return nullptr;
     }
-    // With update keys an index is trusted only with the SHA-256 the signed list gives it; without one the file
-    // comes whole. (Its chunks are checked against it, and the assembled file against its own signed hash.)
+    // With update keys an index is trusted only with the SHA-256 the signed list gives it; without one the
+    // file comes whole. (Its chunks are checked against it, and the assembled file against its own signed
+    // hash.)
     if (request_.requireSigned) {
         const auto wanted = signed_.sha256.find(indexPathFor(job.path));
         std::unique_ptr<Sha256> hash = request_.crypto ? request_.crypto->sha256() : nullptr;
